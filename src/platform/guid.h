@@ -25,7 +25,7 @@ using REFCLSID = const CLSID&;
 
 namespace guid_detail {
 
-consteval std::uint64_t HexValue(const char* digits, int count) {
+constexpr std::uint64_t HexValue(const char* digits, int count) {
     std::uint64_t value = 0;
     for (int i = 0; i < count; ++i) {
         const char c = digits[i];
@@ -41,7 +41,7 @@ consteval std::uint64_t HexValue(const char* digits, int count) {
 } // namespace guid_detail
 
 /// An identity from its registry spelling, "{3077CBDA-34BB-4DBE-BE4D-4DA035CB49BA}"; checked at compile time.
-consteval GUID MakeGuid(const char (&text)[39]) {
+constexpr GUID MakeGuid(const char (&text)[39]) {
     using guid_detail::HexValue;
     if (text[0] != '{' || text[9] != '-' || text[14] != '-' || text[19] != '-' || text[24] != '-' || text[37] != '}') {
         throw "not the spelling of an identity";
