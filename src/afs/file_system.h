@@ -22,6 +22,10 @@ public:
     ComPtr<Name> GetName(KOV::IAFS_Name* name);
     ComPtr<KOV::IAFS_Inst> GetAFS() const { return m_afs; }
 
+    /// Drops the progress monitors, then the references to the host's extension and to the root object: called once, when the
+    /// module ends. Names that outlive it keep this object alive, and no operation that needs the host may follow.
+    void Disconnect();
+
     // What the provider is.
     HRESULT get_Name(BSTR* out_name) override;
     HRESULT get_Features(DWORD* out_features) override;
