@@ -1,0 +1,108 @@
+#include "workbench/console/output.h"
+
+#include <cstdio>
+
+#include <fmt/format.h>
+#include <rapidjson/stringbuffer.h>
+#include <rapidjson/writer.h>
+
+#include "platform/text.h"
+
+namespace {
+
+using Writer = rapidjson::Writer<rapidjson::StringBuffer>;
+
+struct ValueWriter {
+    Writer& writer;
+
+    void operator()(std::nullptr_t) const { writer.Null(); }
+    void operator()(bool value) const { writer.Bool(value); }
+    void operator()(std::int64_t value) const { writer.Int64(value); }
+    void operator()(const std::string& value) const { writer.String(value.data(), static_cast<unsigned>(value.size())); }
+    void operator()(const std::vector<std::string>& values) const {
+        writer.StartArray();
+        for (const std::string& value : values) {
+            (*this)(value);
+        }
+        writer.EndArray();
+    }
+};
+
+void WriteObject(Writer& writer, const Record& record) {
+    writer.StartObject();
+    for (const Field& field : record) {
+        writer.Key(field.name);
+        std::visit(ValueWriter{writer}, field.value);
+    }
+    writer.EndObject();
+}
+
+/// Texts of a module or a server may hold what isn't well-formed; a failure must be told all the same.
+std::string Utf8OrReplacement(const std::wstring& text) {
+    std::string converted;
+    for (const wchar_t c : text) {
+        try {
+            converted += Utf8FromWide(std::wstring_view(&c, 1));
+        } catch (const std::exception&) {
+            converted += "\xEF\xBF\xBD";
+        }
+    }
+    return converted;
+}
+
+} // namespace
+
+std::string ToJson(const Record& record) {
+    rapidjson::StringBuffer buffer;
+    Writer writer(buffer);
+    WriteObject(writer, record);
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+std::string ToJson(const char* name, const Record& record) {
+    rapidjson::StringBuffer buffer;
+    Writer writer(buffer);
+    writer.StartObject();
+    writer.Key(name);
+    WriteObject(writer, record);
+    writer.EndObject();
+    return {buffer.GetString(), buffer.GetSize()};
+}
+
+void Output::Line(std::FILE* stream, const std::string& text) {
+    const std::lock_guard guard(m_lock);
+    fmt::print(stream, "{}\n", text);
+    std::fflush(stream);
+}
+
+void Output::Write(const Record& record, const std::string& text) {
+    if (m_json) {
+        Line(stdout, ToJson(record));
+    } else if (!text.empty()) {
+        Line(stdout, text);
+    }
+}
+
+void Output::WriteBox(const Record& record, const std::string& text) {
+    if (m_json) {
+        Line(stdout, ToJson("box", record));
+    } else {
+        Line(stderr, text);
+    }
+}
+
+void Output::WriteFailure(HRESULT result, const std::wstring& message) {
+    const std::string code = fmt::format("0x{:08x}", static_cast<std::uint32_t>(result));
+    const std::string text = Utf8OrReplacement(message);
+    if (m_json) {
+        Line(stdout, ToJson("error", {{"hresult", code}, {"message", text}}));
+    } else {
+        Line(stderr, fmt::format("kov-console: {}: {}", code, text));
+    }
+}
+
+void Output::WriteNote(const std::string& text) {
+    if (!m_json) {
+        Line(stderr, text);
+    }
+}
