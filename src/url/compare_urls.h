@@ -22,5 +22,5 @@ constexpr unsigned format_as(CompareUrlsResult result) noexcept { return static_
 CompareUrlsResult CompareUrls(const wchar_t* url1, const wchar_t* url2, std::wstring* out_relative = nullptr,
                               bool ignore_query = false);
 
-/// The same for two server-relative paths, which are encoded texts with or without a leading slash.
+/// The same for two server-relative paths, both with a leading slash or both without.
 CompareUrlsResult CompareUrlPaths(const wchar_t* path1, const wchar_t* path2, std::wstring* out_relative = nullptr);
