@@ -22,6 +22,10 @@ public:
     ComPtr<Name> GetName(KOV::IAFS_Name* name);
     ComPtr<KOV::IAFS_Inst> GetAFS() const { return m_afs; }
 
+    /// The module ends: lets go of root object and host, which breaks the cycle with the root. Names that the host still
+    /// holds keep this object alive, but nothing that needs either may be called any more.
+    void Disconnect();
+
     /// Drops the progress monitors, then the references to the host's extension and to the root object: called once, when the
     /// module ends. Names that outlive it keep this object alive, and no operation that needs the host may follow.
     void Disconnect();
@@ -89,9 +93,8 @@ public:
     HRESULT get_DispName(BSTR* o_display_name) override;
     HRESULT get_Icon(KOV::IKOV_MultiSizeImage** o_icon) override;
 
-    /// Both are cleared when the module ends, which breaks the cycle with the root object.
+    /// The way to the host and to the preferences; null after `Disconnect`.
     ComPtr<Plugin> m_plugin;
-    ComPtr<KOV::IAFS_Inst> m_afs;
 
 private:
     ~FileSystem() override;
@@ -99,6 +102,7 @@ private:
     HRESULT ConnectToPlace(LPCWSTR i_url, KOV::IAFS_BindContext* bind_context, ComPtr<AccountData>& out_account_data,
                            ComPtr<KOV::IAFS_Name>& out_name);
 
+    ComPtr<KOV::IAFS_Inst> m_afs;
     /// Guards `m_progress_monitors` alone; never held while another's code runs.
     CriticalSection m_lock;
     std::map<DWORD, ComPtr<KOV::IKOV_ProgressMon>> m_progress_monitors;
