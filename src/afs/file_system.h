@@ -22,10 +22,6 @@ public:
     ComPtr<Name> GetName(KOV::IAFS_Name* name);
     ComPtr<KOV::IAFS_Inst> GetAFS() const { return m_afs; }
 
-    /// The module ends: lets go of root object and host, which breaks the cycle with the root. Names that the host still
-    /// holds keep this object alive, but nothing that needs either may be called any more.
-    void Disconnect();
-
     /// Drops the progress monitors, then the references to the host's extension and to the root object: called once, when the
     /// module ends. Names that outlive it keep this object alive, and no operation that needs the host may follow.
     void Disconnect();
