@@ -41,11 +41,8 @@ public:
 private:
     ~CacheCallback() override;
 
-    /// Throws HResultException 0x80070002 when the name is bound to something else than a file.
-    void RequireFile();
-    void DropRead() noexcept;
-    void DropWrite() noexcept;
-    bool IsRetryLeft() noexcept;
+    void EndDownload() noexcept;
+    void EndUpload() noexcept;
 
     ComPtr<Name> m_name;
     std::optional<Http::Response> m_read_context;

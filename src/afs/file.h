@@ -69,28 +69,36 @@ public:
 private:
     ~File() override;
 
-    struct Command;
-    struct Property;
-    static const Command commands[];
-    static const Property properties[];
+    struct Tables;
 
+    // Opening.
     void CreateOrBindIfNeeded(DWORD flags, KOV::IKOV_Flag* cancel_flag);
     HRESULT AcquireCache(KOV::IString* out_error_details, KOV::IKOV_Flag* cancel_flag);
-
     static void ApplyOpenRules(File* self, KOV::IKOV_Flag* cancel_flag);
     bool AskForCheckOutOnOpen();
     void WarnOnOpen(const wchar_t* text_key, std::uint32_t& io_preference);
 
-    bool PrepareSave(DWORD new_open_flags, KOV::IKOV_Flag* cancel_flag);
+    // Saving.
+    void CheckRightsForSave(DWORD new_open_flags);
+    /// Negative when the user gave the save up.
     HRESULT ResolveSaveConflict();
-    HRESULT TakeForSave(KOV::IKOV_Flag* cancel_flag);
-    bool AskOutdatedBeforeCheckOut();
+    void TakeForSave(KOV::IKOV_Flag* cancel_flag);
 
+    // Check-out and close.
+    bool AskOutdatedBeforeCheckOut();
+    void CheckInByPreferences(bool keep_check_out);
     void PerformAfterSave();
+    bool ChooseCheckInOnClose(bool keep_check_out);
+    bool ChooseDiscardOnClose();
+    /// Answers a ticked "don't show again": the preference no longer asks, and does from now on what was chosen.
+    void KeepChoice(std::uint32_t& io_preference, std::uint32_t action);
+
+    // The local copy.
     void ReopenCacheFile(const VARIANT& data);
     void ResetCache();
 
-    HRESULT GetTempFileName(VARIANT* out_value);
+    std::wstring FileName() const;
+    std::uint64_t ServerTime();
 
     ComPtr<Name> m_name;
     ComPtr<Plugin> m_plugin;
