@@ -33,7 +33,10 @@
 /// `TRACE_LEAVE` with the source text of `result`, and the return: TRACE_RETURN(S_OK).
 #define TRACE_RETURN(result)                                                                                                     \
     do {                                                                                                                         \
-        KOV_TRACE(LogLevel::verbose, Diagnostics::Mark::leave, L"{}", L"" #result);                                              \
+        if (IsLogLevelEnabled(LogLevel::verbose)) [[unlikely]] {                                                                 \
+            KOV_FUNCTION_NAME;                                                                                                   \
+            Diagnostics::TraceText(LogLevel::verbose, kov_function.text, Diagnostics::Mark::leave, L"" #result);                 \
+        }                                                                                                                        \
         return result;                                                                                                           \
     } while (false)
 

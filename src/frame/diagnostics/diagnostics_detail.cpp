@@ -83,8 +83,8 @@ Outcome OutcomeOfException(Ladder ladder, KOV::IString* out_error_details) {
 
 } // namespace
 
-void Trace(DWORD level, const char* function, Mark mark) noexcept {
-    InSilence([=] { WriteLog(level, Context(function, mark), {}); });
+void TraceText(DWORD level, const char* function, Mark mark, const wchar_t* text) noexcept {
+    InSilence([=] { WriteLog(level, Context(function, mark), text); });
 }
 
 void TraceFormatted(DWORD level, const char* function, Mark mark, std::wstring_view format, FormatArguments arguments) noexcept {

@@ -22,8 +22,9 @@ enum class Mark { none, enter, leave };
 
 using FormatArguments = fmt::basic_format_args<fmt::buffer_context<wchar_t>>;
 
-/// Writes a line whose message is empty.
-void Trace(DWORD level, const char* function, Mark mark) noexcept;
+/// Writes a line whose message is the text as it stands, or empty.
+void TraceText(DWORD level, const char* function, Mark mark, const wchar_t* text) noexcept;
+inline void Trace(DWORD level, const char* function, Mark mark) noexcept { TraceText(level, function, mark, L""); }
 /// Writes a line; the message is cut at 10,239 characters.
 void TraceFormatted(DWORD level, const char* function, Mark mark, std::wstring_view format, FormatArguments arguments) noexcept;
 
