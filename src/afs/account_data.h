@@ -30,8 +30,8 @@ public:
     /// As given, and absolute from the first bind on.
     const std::wstring& GetUrl() const noexcept { return m_url; }
     /// Header lines of a forms sign-in; empty when there was none.
-    const std::wstring& GetAuthHeader() const noexcept { return m_auth_header; }
-    const Http::Session::Credentials& GetCredentials() const noexcept { return m_credentials; }
+    const std::wstring& GetAuthHeader() const;
+    const Http::Session::Credentials& GetCredentials() const;
     void SetUrl(std::wstring url);
     /// The URL of the web that a bind found.
     void SetWebUrl(std::wstring url);

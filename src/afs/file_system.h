@@ -95,8 +95,11 @@ public:
 private:
     ~FileSystem() override;
 
-    HRESULT ConnectToPlace(LPCWSTR i_url, KOV::IAFS_BindContext* bind_context, ComPtr<AccountData>& out_account_data,
-                           ComPtr<KOV::IAFS_Name>& out_name);
+    static bool IsInWebOf(Name& name, const Name& parent) noexcept;
+    HRESULT CreateCacheOnLocalFile(const Name& name, const VARIANT* i_arguments);
+    HRESULT DeleteFileCacheEntry(const Name& name, const VARIANT* i_arguments);
+    HRESULT ConnectToPlace(LPCWSTR i_url, KOV::IAFS_BindContext* bind_context, ComPtr<AccountData>& account_data,
+                           ComPtr<KOV::IAFS_Name>& name);
 
     ComPtr<KOV::IAFS_Inst> m_afs;
     /// Guards `m_progress_monitors` alone; never held while another's code runs.

@@ -59,6 +59,8 @@ public:
 private:
     ~Name() override = default;
 
+    static ComPtr<Name> Make(std::shared_ptr<Session> session, std::wstring url);
+
     std::shared_ptr<Session> m_session;
     std::shared_ptr<SharePoint::Object> m_object;
     std::wstring m_url;

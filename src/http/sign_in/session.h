@@ -48,8 +48,8 @@ public:
     std::shared_ptr<SharePoint::Object> GetWeb() const { return m_web; }
 
 private:
-    void SignIn(const AccountData& account_data, Plugin* plugin, Http::Session::Credentials& credentials);
-    void BindWeb(const std::wstring& url);
+    /// Tries to find the web. The result is that of a refused URL or a user who gave up; any other failure is in the log.
+    HRESULT BindWeb(const std::wstring& url);
 
     ComPtr<FileSystem> m_file_system;
     ComPtr<KOV::IAFS_BindContext> m_context;
