@@ -185,7 +185,7 @@ TEST(Diagnostics, LadderTurnsEachExceptionIntoItsResultTextAndLine) {
     };
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
-        const LogRecorder recorder;
+        const LogRecorder recorder(LogLevel::error);
         const auto details = MakeObject<Utility::KOVString>();
         Bstr text;
         EXPECT_EQ(Operations::Guarded(row.body, details), row.result);

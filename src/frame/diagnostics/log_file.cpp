@@ -2,9 +2,10 @@
 
 #include <fmt/xchar.h>
 
+#include <algorithm>
 #include <limits>
 #include <memory>
-#include <optional>
+#include <mutex>
 #include <utility>
 
 #include "frame/diagnostics/last_error_detail.h"
@@ -60,7 +61,28 @@ private:
     const std::wstring m_path;
 };
 
-std::atomic<std::shared_ptr<const OpenLog>> g_log_file;
+/// The open log, shared by all threads. The lock is held while a pointer is copied, never while a file is opened, written or
+/// closed. (The library's atomic<shared_ptr> unlocks its readers with relaxed order, which the thread sanitizer reports.)
+class SharedLog {
+public:
+    std::shared_ptr<const OpenLog> Get() const {
+        const std::scoped_lock lock(m_lock);
+        return m_log;
+    }
+
+    /// The log that was open before; it closes when the last line on its way is written.
+    std::shared_ptr<const OpenLog> Exchange(std::shared_ptr<const OpenLog> log) noexcept {
+        const std::scoped_lock lock(m_lock);
+        m_log.swap(log);
+        return log;
+    }
+
+private:
+    mutable std::mutex m_lock;
+    std::shared_ptr<const OpenLog> m_log;
+};
+
+SharedLog g_log_file;
 
 template <class... Arguments>
 std::wstring FormatName(fmt::wformat_string<Arguments...> format, Arguments&&... arguments) {
@@ -104,15 +126,15 @@ void OpenNewLog() {
     }
     const auto log = std::make_shared<const OpenLog>(file, std::move(path));
     log->Write(WideFromUtf8(build_time)); // before other threads see the file: this is its first line
-    g_log_file.exchange(log);
+    g_log_file.Exchange(log);
 }
 
 std::shared_ptr<const OpenLog> LogToWrite() {
-    if (auto log = g_log_file.load(); log != nullptr) {
+    if (auto log = g_log_file.Get(); log != nullptr) {
         return log;
     }
     OpenNewLog();
-    return g_log_file.load(); // another thread's file serves as well
+    return g_log_file.Get(); // another thread's file serves as well
 }
 
 std::wstring LineBegin(DWORD level, std::string_view context) {
@@ -199,11 +221,11 @@ void WriteLog(DWORD level, std::string_view context, std::wstring_view message) 
 }
 
 std::wstring CurrentLogPath() {
-    const auto log = g_log_file.load();
+    const auto log = g_log_file.Get();
     return log == nullptr ? std::wstring() : log->Path();
 }
 
-void CloseLog() noexcept { g_log_file.store(nullptr); }
+void CloseLog() noexcept { g_log_file.Exchange(nullptr); }
 
 void RemoveOldLogFiles(DWORD days_to_store) noexcept {
     if (g_log_folder.empty()) {

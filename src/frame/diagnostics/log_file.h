@@ -3,8 +3,7 @@
 /// The trace log: lines of text in a file of its own, which is made at the first line that is let through.
 ///
 /// The file is UTF-16LE without a byte order mark, lines end in LF, its first line is the build's date and time. Everything
-/// here may be called on any thread, takes no lock, never throws, keeps the last error, and loses in silence what can't be
-/// written.
+/// here may be called on any thread, doesn't throw, keeps the last error, and loses in silence what can't be written.
 
 #include <atomic>
 #include <string>
@@ -35,7 +34,7 @@ inline bool IsLogLevelEnabled(DWORD level) noexcept {
 /// Writes one line: time in UTC, thread, level, context (ASCII), message. Lone surrogates are written as U+FFFD.
 void WriteLog(DWORD level, std::string_view context, std::wstring_view message) noexcept;
 
-/// The path of the open log file; empty when none is open.
+/// The path of the open log file; empty when none is open. Throws only std::bad_alloc.
 std::wstring CurrentLogPath();
 
 /// Closes the log file if it is open. A line that another thread is just writing still goes into the old file.
