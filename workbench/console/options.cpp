@@ -1,0 +1,76 @@
+#include "workbench/console/options.h"
+
+#include <cstdlib>
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+#include <unistd.h>
+
+#include "workbench/console/usage_error.h"
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The module beside the program, or in the library folder of the place where both were installed.
+fs::path DefaultModule() {
+    std::error_code error;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
+    const fs::path beside = folder / "SharePoint.kvp";
+    const fs::path installed = folder.parent_path() / "lib" / "kov-workbench" / "SharePoint.kvp";
+    return fs::exists(beside, error) || !fs::exists(installed, error) ? beside : installed;
+}
+
+/// The XDG state folder.
+fs::path DefaultState() {
+    const char* const state = std::getenv("XDG_STATE_HOME");
+    if (state != nullptr && *state == '/') {
+        return fs::path(state) / "kov-workbench";
+    }
+    const char* const home = std::getenv("HOME");
+    return fs::path(home != nullptr && *home == '/' ? home : ".") / ".local" / "state" / "kov-workbench";
+}
+
+void AddGlobalOptions(CLI::App& app, Options& options, std::vector<std::string>& answers) {
+    app.set_version_flag("--version", "kov-console " KOV_VERSION);
+    app.add_option("--module", options.module, "the module to load")->type_name("FILE");
+    app.add_option("--state", options.state, "where settings, keys, cached files and accounts stand")->type_name("DIR");
+    app.add_flag("--json", options.json, "one JSON object a line on standard output");
+    app.add_option("--user", options.user, "answer to a demand for an account")->type_name("NAME");
+    app.add_option("--password-file", options.password_file, "its password: the file's first line")->type_name("FILE");
+    app.add_option("--answer", answers, "answer to the next question: INDEX[,check][,radio=INDEX][,edit=TEXT]")
+        ->type_name("SPEC")
+        ->allow_extra_args(false);
+    app.add_option("--connect-to", options.connect_to, "requests to the first pair go to the second")
+        ->type_name("HOST:PORT:ADDRESS:PORT")
+        ->allow_extra_args(false);
+    app.add_option("--ca", options.certificate_file, "trust the authorities in this PEM file besides the system's")
+        ->type_name("FILE");
+    app.add_option("--timeout", options.timeout_seconds, "ends the program when the command takes longer")
+        ->type_name("SECONDS")
+        ->check(CLI::PositiveNumber);
+}
+
+} // namespace
+
+std::optional<Options> ParseOptions(int argc, char** argv) {
+    Options options;
+    options.module = DefaultModule();
+    options.state = DefaultState();
+    std::vector<std::string> answers;
+    CLI::App app{"A host without a window for SharePoint.kvp: browses, opens and saves documents of a server.", "kov-console"};
+    AddGlobalOptions(app, options, answers);
+    AddCommands(app, CommandSet::command_line, options.command);
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::Success& success) {
+        app.exit(success, std::cout, std::cerr);
+        return std::nullopt;
+    } catch (const CLI::ParseError& error) {
+        throw UsageError(error.what());
+    }
+    for (const std::string& answer : answers) {
+        options.answers.push_back(ParseAnswer(answer));
+    }
+    return options;
+}

@@ -1,0 +1,259 @@
+#include "workbench/console/terminal.h"
+
+#include <charconv>
+#include <fstream>
+#include <iostream>
+
+#include <fmt/format.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include "platform/text.h"
+#include "workbench/console/usage_error.h"
+
+namespace {
+
+/// The comment of a check-in goes into an XML body as the box returns it, so this host shows it plain and returns it escaped.
+constexpr const wchar_t* comment_label = L"sp.lb.checkInComment";
+
+constexpr std::pair<const wchar_t*, const wchar_t*> escapes[] = {{L"&", L"&amp;"}, {L"<", L"&lt;"}};
+
+std::wstring Replaced(std::wstring text, const std::wstring& from, const std::wstring& to) {
+    for (std::size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
+        text.replace(at, from.size(), to);
+    }
+    return text;
+}
+
+bool IsComment(const BoxEdit& edit) { return edit.label.key == comment_label; }
+
+std::wstring ShownEdit(const BoxEdit& edit) {
+    std::wstring text = edit.text;
+    if (IsComment(edit)) {
+        for (auto escape = std::rbegin(escapes); escape != std::rend(escapes); ++escape) {
+            text = Replaced(text, escape->second, escape->first);
+        }
+    }
+    return text;
+}
+
+std::wstring ReturnedEdit(const BoxEdit& edit, std::wstring typed) {
+    if (IsComment(edit)) {
+        for (const auto& [plain, escaped] : escapes) {
+            typed = Replaced(typed, plain, escaped);
+        }
+    }
+    return typed;
+}
+
+/// A text without marks for bold type and accelerators, as a terminal shows it.
+std::string Plain(const std::wstring& text) {
+    std::wstring plain = Replaced(Replaced(text, L"<b>", L""), L"</b>", L"");
+    std::wstring result;
+    for (std::size_t i = 0; i < plain.size(); ++i) {
+        if (plain[i] == L'&' && i + 1 < plain.size()) {
+            ++i;
+        }
+        const bool is_control = plain[i] != L'\n' && (plain[i] < 0x20 || plain[i] == 0x7F);
+        result += is_control ? L'\uFFFD' : plain[i];
+    }
+    return Utf8FromWide(result);
+}
+
+/// The message of a box keeps its ampersands: only items have accelerators.
+std::string PlainMessage(const std::wstring& text) { return Plain(Replaced(text, L"&", L"&&")); }
+
+std::vector<std::string> Keys(const std::vector<BoxItem>& items) {
+    std::vector<std::string> keys;
+    for (const BoxItem& item : items) {
+        keys.push_back(Utf8FromWide(item.key.empty() ? item.title : item.key));
+    }
+    return keys;
+}
+
+Record BoxRecord(const Box& box, const BoxAnswer& answer) {
+    Record record = {{"text", Utf8FromWide(box.text)}, {"buttons", Keys(box.buttons)}};
+    if (box.check) {
+        record.push_back({"check", Utf8FromWide(box.check->item.key)});
+    }
+    if (!box.radios.empty()) {
+        record.push_back({"radios", Keys(box.radios)});
+    }
+    if (box.edit) {
+        record.push_back({"edit", Utf8FromWide(ShownEdit(*box.edit))});
+    }
+    record.push_back({"answer", answer.button ? FieldValue(static_cast<std::int64_t>(*answer.button)) : FieldValue(nullptr)});
+    return record;
+}
+
+std::string BoxText(const Box& box) {
+    std::string text = "? " + PlainMessage(box.text);
+    for (std::size_t i = 0; i < box.buttons.size(); ++i) {
+        text += fmt::format("\n  [{}] {}", i, Plain(box.buttons[i].title));
+    }
+    for (std::size_t i = 0; i < box.radios.size(); ++i) {
+        text += fmt::format("\n  ({}) radio={}: {}", i == box.radio ? "*" : " ", i, Plain(box.radios[i].title));
+    }
+    if (box.edit) {
+        text += fmt::format("\n  {} {}", Plain(box.edit->label.title), Utf8FromWide(ShownEdit(*box.edit)));
+    }
+    if (box.check) {
+        text += fmt::format("\n  [{}] check: {}", box.check->is_checked ? "x" : " ", Plain(box.check->item.title));
+    }
+    return text;
+}
+
+bool HasTerminal() { return isatty(STDIN_FILENO) != 0; }
+
+std::optional<std::string> ReadLine(const std::string& prompt) {
+    std::cerr << prompt << std::flush;
+    std::string line;
+    if (!std::getline(std::cin, line)) {
+        return std::nullopt;
+    }
+    return line;
+}
+
+/// Keeps what is typed off the screen while it lives.
+class HiddenTyping {
+public:
+    HiddenTyping() {
+        if (tcgetattr(STDIN_FILENO, &m_before) == 0) {
+            termios hidden = m_before;
+            hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
+            m_is_hidden = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
+        }
+    }
+    ~HiddenTyping() {
+        if (m_is_hidden) {
+            tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
+            std::cerr << '\n';
+        }
+    }
+    HiddenTyping(const HiddenTyping&) = delete;
+    HiddenTyping& operator=(const HiddenTyping&) = delete;
+
+private:
+    termios m_before{};
+    bool m_is_hidden = false;
+};
+
+} // namespace
+
+void Terminal::Queue(Answer answer) {
+    const std::lock_guard guard(m_lock);
+    m_answers.push_back(std::move(answer));
+}
+
+std::optional<Answer> Terminal::NextAnswer() {
+    const std::lock_guard guard(m_lock);
+    if (m_answers.empty()) {
+        return std::nullopt;
+    }
+    Answer answer = std::move(m_answers.front());
+    m_answers.pop_front();
+    return answer;
+}
+
+BoxAnswer Terminal::Ask(const Box& box) {
+    const std::optional<Answer> prepared = NextAnswer();
+    const BoxAnswer answer = prepared ? Apply(box, *prepared) : HasTerminal() ? AskPerson(box) : UnansweredBox(box);
+    Show(box, answer);
+    return answer;
+}
+
+BoxAnswer Terminal::Apply(const Box& box, const Answer& answer) {
+    BoxAnswer result = UnansweredBox(box);
+    if (answer.button >= box.buttons.size() || (answer.radio && *answer.radio >= box.radios.size())) {
+        m_output.WriteNote(
+            fmt::format("kov-console: the answer {} doesn't fit the question; it stays unanswered", answer.button));
+        return result;
+    }
+    result.button = answer.button;
+    result.is_checked = box.check && answer.check;
+    result.radio = answer.radio.value_or(box.radio);
+    if (box.edit && answer.edit) {
+        result.edit = ReturnedEdit(*box.edit, WideFromUtf8(*answer.edit));
+    }
+    return result;
+}
+
+BoxAnswer Terminal::AskPerson(const Box& box) {
+    std::cerr << BoxText(box) << '\n';
+    for (;;) {
+        const std::optional<std::string> line = ReadLine(fmt::format("answer [{}]: ", box.default_button));
+        if (!line) {
+            return UnansweredBox(box);
+        }
+        try {
+            const Answer answer = ParseAnswer(line->empty() ? std::to_string(box.default_button) : *line);
+            const BoxAnswer result = Apply(box, answer);
+            if (result.button) {
+                return result;
+            }
+        } catch (const UsageError& error) {
+            m_output.WriteNote(error.what());
+        }
+    }
+}
+
+void Terminal::Show(const Box& box, const BoxAnswer& answer) {
+    const std::string answered =
+        answer.button ? fmt::format("\n> {}", Plain(box.buttons[*answer.button].title)) : std::string("\n> (no answer)");
+    m_output.WriteBox(BoxRecord(box, answer), BoxText(box) + answered);
+}
+
+AccountSource::AccountSource(std::optional<std::string> user, std::optional<std::filesystem::path> password_file)
+    : m_user(std::move(user)), m_password_file(std::move(password_file)) {}
+
+void AccountSource::SetUrlAccount(std::wstring user, std::wstring password) {
+    const std::lock_guard guard(m_lock);
+    if (!user.empty()) {
+        m_url_account = AccountAnswer{std::move(user), std::move(password)};
+    }
+}
+
+std::optional<AccountAnswer> AccountSource::Prepared() {
+    if (m_url_account) {
+        return m_url_account;
+    }
+    if (!m_user) {
+        return std::nullopt;
+    }
+    AccountAnswer account{WideFromUtf8(*m_user), {}};
+    if (m_password_file) {
+        std::ifstream file(*m_password_file);
+        std::string line;
+        std::getline(file, line);
+        if (!line.empty() && line.back() == '\r') {
+            line.pop_back();
+        }
+        account.password = WideFromUtf8(line);
+    } else if (HasTerminal()) {
+        const HiddenTyping hidden;
+        account.password = WideFromUtf8(ReadLine("Password for " + *m_user + ": ").value_or(""));
+    }
+    return account;
+}
+
+std::optional<AccountAnswer> AccountSource::Ask(const AccountDemand& demand) {
+    const std::lock_guard guard(m_lock);
+    const bool is_first = m_answered_hosts.insert(demand.host).second;
+    if (std::optional<AccountAnswer> prepared = is_first ? Prepared() : std::nullopt) {
+        return prepared;
+    }
+    if (!HasTerminal() || m_user) {
+        return std::nullopt;
+    }
+    std::cerr << fmt::format("{} wants an account ({}).\n", Utf8FromWide(demand.host), Utf8FromWide(demand.status_text));
+    const std::optional<std::string> user = ReadLine(fmt::format("User [{}]: ", Utf8FromWide(demand.user)));
+    if (!user) {
+        return std::nullopt;
+    }
+    const HiddenTyping hidden;
+    const std::optional<std::string> password = ReadLine("Password: ");
+    if (!password) {
+        return std::nullopt;
+    }
+    return AccountAnswer{user->empty() ? demand.user : WideFromUtf8(*user), WideFromUtf8(*password)};
+}

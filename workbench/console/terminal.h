@@ -1,0 +1,55 @@
+#pragma once
+
+/// The person before the program, or the answers that a script prepared: questions, and demands for an account.
+
+#include <deque>
+#include <filesystem>
+#include <mutex>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "workbench/console/answer.h"
+#include "workbench/console/output.h"
+#include "workbench/core/questions.h"
+
+/// Answers questions with what was prepared, in order; then, on a terminal, by asking; else not at all. Every question that is
+/// put is shown with its answer.
+class Terminal final : public Questions {
+public:
+    explicit Terminal(Output& output) : m_output(output) {}
+
+    void Queue(Answer answer);
+    BoxAnswer Ask(const Box& box) override;
+
+private:
+    std::optional<Answer> NextAnswer();
+    BoxAnswer Apply(const Box& box, const Answer& answer);
+    BoxAnswer AskPerson(const Box& box);
+    void Show(const Box& box, const BoxAnswer& answer);
+
+    Output& m_output;
+    std::mutex m_lock;
+    std::deque<Answer> m_answers;
+};
+
+/// Answers demands for an account: the first of a host with the account that a URL carried or that the options name, all else by
+/// asking on a terminal. A host that refused what was prepared isn't sent it again: servers lock accounts that try.
+class AccountSource final : public AccountPrompt {
+public:
+    AccountSource(std::optional<std::string> user, std::optional<std::filesystem::path> password_file);
+
+    /// The account of a URL that was just read; empty texts mean none.
+    void SetUrlAccount(std::wstring user, std::wstring password);
+
+    std::optional<AccountAnswer> Ask(const AccountDemand& demand) override;
+
+private:
+    std::optional<AccountAnswer> Prepared();
+
+    const std::optional<std::string> m_user;
+    const std::optional<std::filesystem::path> m_password_file;
+    std::mutex m_lock;
+    std::optional<AccountAnswer> m_url_account;
+    std::set<std::wstring> m_answered_hosts;
+};
