@@ -15,7 +15,7 @@
 ///     }
 ///
 /// Formats are those of fmt, checked by the compiler. Arguments are evaluated only when the line is written; URLs and paths
-/// go through Masked(). Wide C strings may be null. Any thread.
+/// go through Masked(). Wide C strings may be null. A `bool` is written as a word, with `{:d}` as 0 or 1. Any thread.
 
 #include "frame/diagnostics/cancel.h"
 #include "frame/diagnostics/diagnostics_detail.h"
