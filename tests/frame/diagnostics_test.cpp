@@ -154,13 +154,15 @@ TEST(Diagnostics, ATraceThatIsOffEvaluatesNothing) {
     EXPECT_THAT(recorder.Messages(2), ElementsAre(L"1"));
 }
 
-TEST(Diagnostics, AMessageIsCutAtItsBufferAndNullTextsAreEmpty) {
+TEST(Diagnostics, OnlyAFormattedMessageIsCutAndNullTextsAreEmpty) {
     const LogRecorder recorder;
     const std::wstring name(20000, L'x');
     const wchar_t* const none = nullptr;
     TRACE_FORMAT(LogLevel::error, L"{}", name);
+    TRACE_TEXT(LogLevel::error, name);
+    TRACE_TEXT(LogLevel::error, L"{}\n" + std::wstring(L"body"));
     TRACE_FORMAT(LogLevel::error, L"[{}] [{}] [{}]", none, Masked(none), Bstr(L"b"));
-    EXPECT_THAT(recorder.Messages(1), ElementsAre(std::wstring(10239, L'x'), L"[] [] [b]"));
+    EXPECT_THAT(recorder.Messages(1), ElementsAre(std::wstring(10239, L'x'), name, L"{}\nbody", L"[] [] [b]"));
 }
 
 TEST(Diagnostics, LadderTurnsEachExceptionIntoItsResultTextAndLine) {

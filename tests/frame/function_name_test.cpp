@@ -8,63 +8,35 @@
 
 // The names as the compiler at hand prints them, in every shape that a function of the module may have.
 
-#define OWN_NAME [[maybe_unused]] KOV_FUNCTION_NAME
+#define PUT_OWN_NAME(target)                                                                                                     \
+    KOV_FUNCTION_NAME;                                                                                                           \
+    (target) = kov_function.text
+#define RETURN_OWN_NAME                                                                                                          \
+    KOV_FUNCTION_NAME;                                                                                                           \
+    return std::string(kov_function.text)
 
 namespace Shapes {
 
-std::string Free(const std::vector<int>&) {
-    OWN_NAME;
-    return kov_function.text;
-}
+std::string Free(const std::vector<int>&) { RETURN_OWN_NAME; }
 
 struct Outer {
-    Outer() {
-        OWN_NAME;
-        constructed = kov_function.text;
-    }
-    ~Outer() {
-        OWN_NAME;
-        *destroyed = kov_function.text;
-    }
-    virtual std::string Method(int) const noexcept {
-        OWN_NAME;
-        return kov_function.text;
-    }
-    static std::string Static() {
-        OWN_NAME;
-        return kov_function.text;
-    }
-    std::string operator()(int) {
-        OWN_NAME;
-        return kov_function.text;
-    }
-    std::string operator<(int) const {
-        OWN_NAME;
-        return kov_function.text;
-    }
-    operator std::string() const {
-        OWN_NAME;
-        return kov_function.text;
-    }
+    Outer() { PUT_OWN_NAME(constructed); }
+    ~Outer() { PUT_OWN_NAME(*destroyed); }
+    virtual std::string Method(int) const noexcept { RETURN_OWN_NAME; }
+    static std::string Static() { RETURN_OWN_NAME; }
+    std::string operator()(int) { RETURN_OWN_NAME; }
+    std::string operator<(int) const { RETURN_OWN_NAME; }
+    operator std::string() const { RETURN_OWN_NAME; }
     std::string InLambda() const {
-        return [this]() -> std::string {
-            return [](auto) -> std::string {
-                OWN_NAME;
-                return kov_function.text;
-            }(1);
-        }();
+        return [this]() { return [](auto) { RETURN_OWN_NAME; }(1); }();
     }
     template <class T>
     std::string Generic(T) {
-        OWN_NAME;
-        return kov_function.text;
+        RETURN_OWN_NAME;
     }
     template <class T>
     std::string GenericLambda(T) {
-        return []() -> std::string {
-            OWN_NAME;
-            return kov_function.text;
-        }();
+        return []() { RETURN_OWN_NAME; }();
     }
 
     std::string constructed;
@@ -73,33 +45,25 @@ struct Outer {
 
 template <class T, class U>
 struct Pair {
-    std::string Method() {
-        OWN_NAME;
-        return kov_function.text;
-    }
+    std::string Method() { RETURN_OWN_NAME; }
 };
 
 std::string LocalClass() {
     struct Local {
-        std::string Method() {
-            OWN_NAME;
-            return kov_function.text;
-        }
+        std::string Method() { RETURN_OWN_NAME; }
     };
     return Local().Method();
 }
 
 std::string pointer_name;
 void (*ReturnsPointer(int))(char) {
-    OWN_NAME;
-    pointer_name = kov_function.text;
+    PUT_OWN_NAME(pointer_name);
     return nullptr;
 }
 
 std::string reference_name;
 const std::vector<std::function<void(int)>>& ReturnsReference() {
-    OWN_NAME;
-    reference_name = kov_function.text;
+    PUT_OWN_NAME(reference_name);
     static const std::vector<std::function<void(int)>> none;
     return none;
 }
@@ -108,17 +72,11 @@ const std::vector<std::function<void(int)>>& ReturnsReference() {
 
 namespace {
 
-std::string Hidden() {
-    OWN_NAME;
-    return kov_function.text;
-}
+std::string Hidden() { RETURN_OWN_NAME; }
 
 struct HiddenClass {
     std::string Method() {
-        return [this]() -> std::string {
-            OWN_NAME;
-            return kov_function.text;
-        }();
+        return [this]() { RETURN_OWN_NAME; }();
     }
 };
 

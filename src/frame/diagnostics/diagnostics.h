@@ -43,6 +43,15 @@
 /// A line of the given level: TRACE_FORMAT(LogLevel::warning, L"Need retry, {} left", count).
 #define TRACE_FORMAT(level, ...) KOV_TRACE(level, Diagnostics::Mark::none, __VA_ARGS__)
 
+/// A line of the given level whose message is a text as it stands and of any length, such as a body: TRACE_TEXT(level, text).
+#define TRACE_TEXT(level, ...)                                                                                                   \
+    do {                                                                                                                         \
+        if (IsLogLevelEnabled(level)) [[unlikely]] {                                                                             \
+            KOV_FUNCTION_NAME;                                                                                                   \
+            WriteLog(level, kov_function.text, __VA_ARGS__);                                                                     \
+        }                                                                                                                        \
+    } while (false)
+
 /// CHECK_OR_RETURN(condition, hr): when the condition is false, logs that and returns `hr`.
 /// CHECK_OR_RETURN(call): when the HRESULT of the call is negative, logs that and returns it.
 #define CHECK_OR_RETURN(expression, ...)                                                                                         \
