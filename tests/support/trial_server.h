@@ -108,7 +108,7 @@ public:
     std::vector<SeenRequest> Journal() const;
     void ClearJournal();
 
-    /// Ends the server and starts it anew on the same port and tree, as after a crash.
+    /// Ends the server and starts it anew on the same port and tree; journal, faults and connections begin afresh.
     void Restart();
 
 private:
