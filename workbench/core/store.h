@@ -45,6 +45,7 @@ public:
     /// stored as UTF-8.
     class Query {
     public:
+        /// `sql` is a literal.
         Query(Store& store, const char* sql);
         ~Query();
         Query(const Query&) = delete;
@@ -69,10 +70,14 @@ public:
     private:
         Store& m_store;
         std::unique_lock<std::recursive_mutex> m_hold;
+        const char* m_sql;
         sqlite3_stmt* m_statement = nullptr;
     };
 
+    /// Of the last insert; within a transaction.
     std::int64_t LastRowId() const;
+    /// How many rows the last write changed; within a transaction.
+    int ChangedRows() const;
 
 private:
     [[noreturn]] void Fail(const char* what) const;

@@ -1,0 +1,48 @@
+#include "workbench/core/documents.h"
+
+#include <algorithm>
+
+void Documents::Add(KOV::IKOV_Document* document, KOV::IAFS_File* file, Reload reload) {
+    const std::scoped_lock hold(m_lock);
+    m_entries.push_back({document, file, std::move(reload)});
+}
+
+void Documents::Remove(KOV::IKOV_Document* document) {
+    std::vector<Entry> removed;
+    const std::scoped_lock hold(m_lock);
+    const auto rest = std::stable_partition(m_entries.begin(), m_entries.end(),
+                                            [&](const Entry& entry) { return entry.document.Get() != document; });
+    removed.assign(std::make_move_iterator(rest), std::make_move_iterator(m_entries.end()));
+    m_entries.erase(rest, m_entries.end());
+}
+
+void Documents::Clear() {
+    std::vector<Entry> removed;
+    const std::scoped_lock hold(m_lock);
+    removed.swap(m_entries);
+}
+
+ComPtr<KOV::IKOV_Document> Documents::Find(KOV::IAFS_File* file) const {
+    const std::scoped_lock hold(m_lock);
+    for (const Entry& entry : m_entries) {
+        VARIANT_BOOL is_clone = VARIANT_FALSE;
+        if (entry.file == file || (SUCCEEDED(entry.file->IsCloneOf(file, &is_clone)) && is_clone != VARIANT_FALSE)) {
+            return entry.document;
+        }
+    }
+    return {};
+}
+
+HRESULT Documents::ReloadDocument(KOV::IKOV_Document* document, DWORD mode) const {
+    Reload reload;
+    {
+        const std::scoped_lock hold(m_lock);
+        const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                        [&](const Entry& entry) { return entry.document.Get() == document; });
+        if (found == m_entries.end()) {
+            return E_INVALIDARG;
+        }
+        reload = found->reload;
+    }
+    return reload ? reload(mode) : E_NOTIMPL;
+}

@@ -1,0 +1,199 @@
+#include "workbench/core/main_loop.h"
+
+#include <algorithm>
+#include <exception>
+#include <utility>
+
+#include "platform/errors.h"
+
+namespace {
+
+/// Wakes the loop; its own, so it reaches nobody else.
+constexpr UINT WakeMessage = 0x8000 + 0x4B56;
+
+/// A call that another thread waits for.
+struct WaitingCall {
+    enum class State { queued, running, done, withdrawn };
+
+    std::mutex lock;
+    std::condition_variable changed;
+    State state = State::queued;
+    HRESULT result = E_ABORT;
+    std::function<HRESULT()> function;
+
+    void Run() {
+        {
+            const std::scoped_lock hold(lock);
+            if (state != State::queued) {
+                return;
+            }
+            state = State::running;
+        }
+        const HRESULT outcome = function();
+        Finish(outcome);
+    }
+    void Finish(HRESULT outcome) {
+        const std::scoped_lock hold(lock);
+        result = outcome;
+        state = State::done;
+        changed.notify_all();
+    }
+};
+
+/// Ends the call with `E_ABORT` when its task is dropped without having run.
+class QueuedCall {
+public:
+    explicit QueuedCall(std::shared_ptr<WaitingCall> call) : m_call(std::move(call)) {}
+    ~QueuedCall() {
+        const std::scoped_lock hold(m_call->lock);
+        if (m_call->state == WaitingCall::State::queued) {
+            m_call->state = WaitingCall::State::done;
+            m_call->changed.notify_all();
+        }
+    }
+    QueuedCall(const QueuedCall&) = delete;
+    QueuedCall& operator=(const QueuedCall&) = delete;
+    void Run() { m_call->Run(); }
+
+private:
+    std::shared_ptr<WaitingCall> m_call;
+};
+
+} // namespace
+
+MainLoop::~MainLoop() {
+    std::deque<std::function<void()>> dropped;
+    const std::scoped_lock hold(m_lock);
+    m_closed = true;
+    dropped.swap(m_tasks);
+}
+
+void MainLoop::Post(std::function<void()> task) {
+    {
+        const std::scoped_lock hold(m_lock);
+        if (m_closed) {
+            return;
+        }
+        m_tasks.push_back(std::move(task));
+    }
+    Wake();
+}
+
+HRESULT MainLoop::Call(std::function<HRESULT()> function, LONG timeout_ms) {
+    if (IsMainThread()) {
+        return function();
+    }
+    const auto call = std::make_shared<WaitingCall>();
+    call->function = std::move(function);
+    Post([queued = std::make_shared<QueuedCall>(call)] { queued->Run(); });
+
+    std::unique_lock hold(call->lock);
+    const auto is_done = [&] { return call->state == WaitingCall::State::done; };
+    if (timeout_ms >= 0 && !call->changed.wait_for(hold, std::chrono::milliseconds(timeout_ms), is_done) &&
+        call->state == WaitingCall::State::queued) {
+        call->state = WaitingCall::State::withdrawn;
+        return HRESULT_FROM_WIN32(ERROR_TIMEOUT);
+    }
+    // One that runs already can't be taken back, and what it uses lives on the caller's stack.
+    call->changed.wait(hold, is_done);
+    return call->result;
+}
+
+void MainLoop::Run() { RunUntil(Clock::time_point::max()); }
+
+bool MainLoop::RunUntil(Clock::time_point deadline) {
+    for (;;) {
+        Drain();
+        {
+            const std::scoped_lock hold(m_lock);
+            if (std::exchange(m_quit, false)) {
+                return true;
+            }
+            if (!m_tasks.empty()) {
+                continue;
+            }
+        }
+        DWORD wait = INFINITE;
+        if (deadline != Clock::time_point::max()) {
+            const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now()).count();
+            if (left <= 0) {
+                return false;
+            }
+            wait = static_cast<DWORD>(std::min<std::int64_t>(left, 60'000));
+        }
+        MsgWaitForMultipleObjects(0, nullptr, FALSE, wait, QS_ALLINPUT);
+    }
+}
+
+bool MainLoop::RunWith(std::function<void()> work, Clock::time_point deadline) {
+    // On the heap: the work outlives this call when the deadline comes first.
+    struct Work {
+        std::function<void()> function;
+        std::exception_ptr failure;
+    };
+    const auto shared = std::make_shared<Work>(Work{std::move(work), nullptr});
+    std::thread worker([this, shared] {
+        try {
+            shared->function();
+        } catch (...) {
+            shared->failure = std::current_exception();
+        }
+        Quit();
+    });
+    if (!RunUntil(deadline)) {
+        worker.detach();
+        return false;
+    }
+    worker.join();
+    shared->function = nullptr;
+    if (shared->failure) {
+        std::rethrow_exception(shared->failure);
+    }
+    return true;
+}
+
+void MainLoop::Quit() {
+    {
+        const std::scoped_lock hold(m_lock);
+        m_quit = true;
+    }
+    Wake();
+}
+
+void MainLoop::Drain() {
+    DrainMessages();
+    while (RunNextTask()) {
+        DrainMessages();
+    }
+}
+
+void MainLoop::Wake() {
+    // When the queue is full the loop has something to wake for anyway.
+    PostMessageW(nullptr, WakeMessage, 0, 0);
+}
+
+bool MainLoop::RunNextTask() {
+    std::function<void()> task;
+    {
+        const std::scoped_lock hold(m_lock);
+        if (m_tasks.empty()) {
+            return false;
+        }
+        task = std::move(m_tasks.front());
+        m_tasks.pop_front();
+    }
+    task();
+    return true;
+}
+
+void MainLoop::DrainMessages() {
+    MSG message;
+    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        if (message.hwnd == nullptr && message.message == WakeMessage) {
+            continue;
+        }
+        if (on_message) {
+            on_message(message);
+        }
+    }
+}
