@@ -61,7 +61,7 @@ TEST_F(SaveDocument, SizeAloneUploadsNothing) {
 }
 
 TEST_F(SaveDocument, SaveKeepsLocalCopyWhenServerRefuses) {
-    for (const char* fault : {"PUT * status=503", "PUT * reset", "PUT * close-after-headers"}) {
+    for (const char* fault : {"PUT * status=503", "PUT * reset", "PUT * status=423"}) {
         SCOPED_TRACE(fault);
         ASSERT_EQ(Reopen(m_file, FileRead | FileWrite).result, S_OK);
         const std::string content = std::string("changed under ") + fault;
