@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "document_session.h"
+#include "frame/log_recorder.h"
 
 namespace {
 
@@ -37,6 +40,26 @@ TEST_F(OpenDocument, ReadsWhatTheServerHas) {
     EXPECT_TRUE(ReadAll(m_file) == content);
     EXPECT_TRUE(ReadAll(m_file) == content); // from the local copy
     EXPECT_EQ(m_server.Count("GET"), 1u);
+}
+
+TEST_F(OpenDocument, DownloadThatIsNotTheFileIsAFailureAndTheNextOneGood) {
+    m_server.Put("Docs/a.pdf", std::string(100'000, 'x'));
+    m_file = Opened(m_ann, L"Docs/a.pdf", FileRead);
+    std::string bytes(100'000, 0);
+    for (const char* fault : {"GET * truncate", "GET * page", "GET * close-after-headers", "GET * reset", "GET * status=500"}) {
+        SCOPED_TRACE(fault);
+        m_server.Once(fault);
+        ASSERT_EQ(m_file->SetPos(0, 0, nullptr), S_OK);
+        ULONG count = 0;
+        const Outcome outcome = Run([&](KOV::IString* details) {
+            return m_file->Read(bytes.data(), static_cast<ULONG>(bytes.size()), &count, details, nullptr);
+        });
+        EXPECT_LT(outcome.result, 0);
+        EXPECT_EQ(count, 0u);
+        EXPECT_FALSE(outcome.details.empty());
+    }
+    m_server.ClearFaults();
+    EXPECT_TRUE(ReadAll(m_file) == std::string(100'000, 'x'));
 }
 
 TEST_F(OpenDocument, FlagsThatSayNothingMeanReadingWhatExists) {
@@ -205,6 +228,36 @@ TEST_F(OpenDocument, UserWithoutRightsMayOnlyRead) {
     m_file = Opened(eve, L"Docs/a.pdf", FileRead);
     EXPECT_EQ(Prefs().on_open_without_write_permissions, 0u);
     EXPECT_EQ(ReadAll(m_file), "%PDF first");
+}
+
+TEST_F(OpenDocument, RefusalsNameTheirTestInTheLog) {
+    const struct {
+        const wchar_t* user;
+        const wchar_t* path;
+        DWORD flags;
+        std::wstring line;
+    } rows[] = {
+        {L"eve", L"Docs/a.pdf", FileWrite, L"Expression '!Bits::Has(self->m_flags, KOV::AFS_OpenFile_Write)' caused throwing '"},
+        {L"eve", L"Docs/a.pdf", FileCheckOut,
+         L"Expression '!do_check_out || self->m_check_out_state == SharePoint::File::CheckOutState::me' caused throwing '"},
+        {L"ann", L"Docs/held.pdf", FileWrite,
+         L"Expression 'self->m_check_out_state != SharePoint::File::CheckOutState::other_user' caused throwing '"},
+        {L"ann", L"Docs/none.pdf", FileRead, L"Expression 'has_server_file' caused throwing '"},
+        {L"ann", L"Docs/a.pdf", FileWrite | KOV::AFS_OpenFile_CreateNew, L"Expression '!has_server_file' caused throwing '"},
+        {L"ann", L"Docs/a.pdf", FileRead | KOV::AFS_OpenFile_CreateAlways,
+         L"Expression 'Bits::Has(flags, KOV::AFS_OpenFile_Write)' caused throwing '"},
+    };
+    m_server.Put("Docs/held.pdf", "x");
+    m_server.SetHolder("Docs/held.pdf", "bob");
+    for (const auto& row : rows) {
+        const ComPtr<KOV::IAFS_Name> root = Bind(row.user);
+        const LogRecorder log(LogLevel::error);
+        Open(root, row.path, row.flags, m_file);
+        const std::vector<std::wstring> messages = log.Messages(LogLevel::error);
+        EXPECT_TRUE(std::any_of(messages.begin(), messages.end(), [&](const std::wstring& message) {
+            return message.starts_with(row.line);
+        })) << Utf8FromWide(row.line);
+    }
 }
 
 TEST_F(OpenDocument, CheckOutOnOpenThatTheServerRefusesFailsTheOpen) {

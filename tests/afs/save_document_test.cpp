@@ -1,4 +1,7 @@
+#include <algorithm>
+
 #include "document_session.h"
+#include "frame/log_recorder.h"
 
 namespace {
 
@@ -335,6 +338,17 @@ TEST_F(SaveDocument, CommandsMoveTheFileBetweenItsStates) {
     EXPECT_EQ(outcome.details, L"Unsupported command \"Fly\"");
     EXPECT_EQ(Exec(m_file, nullptr).result, E_INVALIDARG);
     EXPECT_EQ(m_file->Exec(L"CheckOut", nullptr, nullptr, nullptr, MakeObject<FlagObject>(true)), E_CANCELED);
+}
+
+TEST_F(SaveDocument, ChangeOfStateOnAWorkerReachesTheMainThread) {
+    const LogRecorder log(LogLevel::verbose);
+    ASSERT_TRUE(m_module.host->Loop().RunWith([&] { EXPECT_EQ(Exec(m_file, L"CheckOut").result, S_OK); }));
+    const std::vector<LogLine> lines = log.Lines();
+    const std::string context = "EventsHandler::UpdateCommandItems";
+    EXPECT_NE(
+        std::find(lines.begin(), lines.end(), LogLine{4, context, L"EventsHandler::UpdateCommandItems::ThreadSafeCall::Call"}),
+        lines.end());
+    EXPECT_NE(std::find(lines.begin(), lines.end(), LogLine{3, context, L"ThreadSafeCall::Call()=(HRESULT)0"}), lines.end());
 }
 
 TEST_F(SaveDocument, RefusedStateChangesLeaveTheStateAsItWas) {
