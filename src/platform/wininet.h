@@ -49,6 +49,8 @@ struct INTERNET_BUFFERSW {
 };
 static_assert(sizeof(void*) != 8 || sizeof(INTERNET_BUFFERSW) == 56);
 
+extern "C" {
+
 /// A handle under which connections are made and accounts are remembered. Only INTERNET_OPEN_TYPE_PRECONFIG (0) and
 /// INTERNET_OPEN_TYPE_DIRECT (1) are offered; the first takes the proxy of the environment. Null fails.
 KOV_PLATFORM_API HINTERNET InternetOpenW(LPCWSTR agent, DWORD access_type, LPCWSTR proxy, LPCWSTR proxy_bypass, DWORD flags);
@@ -62,12 +64,14 @@ KOV_PLATFORM_API HINTERNET InternetConnectW(HINTERNET open_handle, LPCWSTR serve
 /// gives its connection back. Children keep what they need of a closed parent. Keeps the last error when it succeeds.
 KOV_PLATFORM_API BOOL InternetCloseHandle(HINTERNET handle);
 
-/// Sets INTERNET_OPTION_CONNECT_TIMEOUT (milliseconds, any handle), the four account options (connect or request handle;
-/// length in characters, a zero at the end may be counted), INTERNET_OPTION_END_BROWSER_SESSION (no handle: forgets
+/// Sets the time-outs in milliseconds (any handle; children made later take them over): CONNECT, RECEIVE for the headers of
+/// an answer (600,000), DATA_RECEIVE and SEND for the time without a byte inside a body (60,000). The account options
+/// (connect or request handle, for the origin at which it stands;
+/// length in characters, a zero at the end may be counted). INTERNET_OPTION_END_BROWSER_SESSION (no handle: forgets
 /// session cookies, and accounts of the open handles that are no longer in use). Others fail with 12009.
 KOV_PLATFORM_API BOOL InternetSetOptionW(HINTERNET handle, DWORD option, LPVOID buffer, DWORD length);
 
-/// Reads INTERNET_OPTION_URL (where the request stands after redirects), INTERNET_OPTION_CONNECT_TIMEOUT, the user options.
+/// Reads INTERNET_OPTION_URL (where the request stands after redirects), the time-outs, the user options.
 /// Texts: `length` goes in as the room in characters with the zero, comes out as the length without it, or with it beside
 /// ERROR_INSUFFICIENT_BUFFER. Passwords aren't given out.
 KOV_PLATFORM_API BOOL InternetQueryOptionW(HINTERNET handle, DWORD option, LPVOID buffer, DWORD* length);
@@ -132,3 +136,5 @@ KOV_PLATFORM_API BOOL InternetCrackUrlW(LPCWSTR url, DWORD length, DWORD flags, 
 
 /// The user agent of the desktop's browser; there is none here, so it fails with E_NOTIMPL.
 KOV_PLATFORM_API HRESULT ObtainUserAgentString(DWORD option, LPSTR agent, DWORD* length);
+
+} // extern "C"

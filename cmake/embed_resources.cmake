@@ -1,0 +1,32 @@
+# Files that travel inside a module, found there by type and number (src/platform/modules.h).
+#
+# kov_embed_resources(NAME TYPE NUMBER FILE [TYPE NUMBER FILE]...)
+# An object library NAME that carries the files. Link it directly to the module or program whose resources they are: an
+# archive in between would lose it, since nothing refers to it by name.
+function(kov_embed_resources name)
+  set(source "${CMAKE_CURRENT_BINARY_DIR}/${name}_resources.cpp")
+  set(blocks "")
+  set(externs "")
+  set(rows "")
+  set(files "")
+  set(count 0)
+  set(rest ${ARGN})
+  while(rest)
+    list(POP_FRONT rest type number file)
+    if(NOT file)
+      message(FATAL_ERROR "kov_embed_resources(${name}): a type, a number and a file belong together")
+    endif()
+    get_filename_component(file "${file}" ABSOLUTE)
+    list(APPEND files "${file}")
+    math(EXPR count "${count} + 1")
+    set(symbol "${name}_${type}_${number}")
+    string(APPEND blocks "    \".global ${symbol}\\n${symbol}:\\n.incbin \\\"${file}\\\"\\n\"\n"
+                         "    \".hidden ${symbol}\\n.global ${symbol}_end\\n.hidden ${symbol}_end\\n${symbol}_end: .byte 0\\n\"\n")
+    string(APPEND externs "extern \"C\" const BYTE ${symbol}[], ${symbol}_end[];\n")
+    string(APPEND rows "        {L\"${type}\", ${number}, ${symbol}, static_cast<DWORD>(${symbol}_end - ${symbol})},\n")
+  endwhile()
+  configure_file("${PROJECT_SOURCE_DIR}/cmake/embed_resources.cpp.in" "${source}" @ONLY)
+  set_source_files_properties("${source}" PROPERTIES OBJECT_DEPENDS "${files}")
+  add_library(${name} OBJECT "${source}")
+  target_link_libraries(${name} PUBLIC kov_platform)
+endfunction()
