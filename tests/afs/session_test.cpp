@@ -6,6 +6,7 @@
 #include "frame/diagnostics/diagnostics.h"
 #include "frame/log_recorder.h"
 #include "http/sign_in/sharepoint_checker.h"
+#include "platform/wininet.h"
 #include "settings/cab_node.h"
 
 namespace {
@@ -114,23 +115,56 @@ TEST_F(SignInTest, SecretsStayOutOfTheLogAndTheStore) {
     EXPECT_EQ(text.find(L"YW5uOnNlY3JldA"), text.npos) << "the account as the header carries it";
 }
 
-TEST_F(SignInTest, SignOutForgetsTheAccountAndAsksTheHostedServiceToo) {
-    TrialServer hosted({.tls = true});
-    wininet::ClearConnectTo();
-    wininet::AddConnectTo("login.hosted.example:443:127.0.0.1:" + std::to_string(hosted.Port()));
+/// The hosted service's sign-in host, for the time of a test.
+struct HostedService {
+    HostedService() {
+        server.Put("logout.srf", "signed out");
+        wininet::ClearConnectTo();
+        wininet::AddConnectTo("login.hosted.example:443:127.0.0.1:" + std::to_string(server.Port()));
+        EXPECT_TRUE(wininet::TrustCertificateFile(server.CertificateFile()));
+    }
+    ~HostedService() { wininet::TrustCertificateFile({}); }
+
+    TrialServer server{{.tls = true}};
+};
+
+TEST_F(SignInTest, SignOutForgetsTheAccountTheCookiesAndTheHostedSignIn) {
+    HostedService hosted;
     ComPtr<KOV::IAFS_Name> name;
     ASSERT_EQ(Bind(Account(UrlWith(L"ann:secret", Url("sites/x"))), name), S_OK);
-    const std::size_t requests = server->Count("*");
-    // Its certificate isn't the hosted service's: the failure is shown, after the server itself was left.
-    EXPECT_LT(fs->Exec(name, L"signOUT", nullptr, nullptr, details, nullptr), 0);
-    EXPECT_FALSE(Details().empty());
-    EXPECT_GT(server->Count("*"), requests) << "the sign-out is proved by a refused request";
-    EXPECT_EQ(hosted.Connections(), 1u);
-    EXPECT_EQ(hosted.Count("*"), 0u);
-    // The next request signs in again, by a prompt that the saved account doesn't learn of.
+    for (const wchar_t* cookie : {L"FedAuth", L"rtFa"}) {
+        ASSERT_NE(InternetSetCookieExW(Origin().c_str(), cookie, L"abc", INTERNET_COOKIE_HTTPONLY, 0), 0u);
+    }
+    ASSERT_EQ(fs->Exec(name, L"signOUT", nullptr, nullptr, details, nullptr), S_OK) << Details();
+    ASSERT_EQ(hosted.server.Journal().size(), 1u);
+    EXPECT_EQ(hosted.server.Journal()[0].target, "/logout.srf");
+    EXPECT_EQ(hosted.server.Journal()[0].Header("Authorization"), "");
+    DWORD length = 0;
+    EXPECT_FALSE(InternetGetCookieExW(Origin().c_str(), nullptr, nullptr, &length, INTERNET_COOKIE_HTTPONLY, nullptr));
+    // The session stays usable: its next request asks anew.
     module.user.accounts = {AccountAnswer{L"bob", L"word"}};
     ComPtr<KOV::IAFS_EnumFolder> listing;
     EXPECT_EQ(fs->EnumFolder(name, details, nullptr, &listing), S_OK) << Details();
+    ASSERT_EQ(module.user.demands.size(), 1u);
+    EXPECT_EQ(module.user.demands[0].user, L"ann") << "the login that worked last is offered";
+    EXPECT_EQ(module.user.demands[0].password, L"");
+}
+
+TEST_F(SignInTest, ASignOutThatTheHostedServiceRefusesIsShown) {
+    HostedService hosted;
+    hosted.server.Once("GET /logout.srf status=500");
+    ComPtr<KOV::IAFS_Name> name;
+    ASSERT_EQ(Bind(Account(UrlWith(L"ann:secret", Url("sites/x"))), name), S_OK);
+    EXPECT_EQ(fs->Exec(name, L"SignOut", nullptr, nullptr, details, nullptr), E_FAIL);
+    EXPECT_NE(Details().find("500"), std::string::npos) << Details();
+}
+
+TEST_F(SignInTest, AFailedSignInSignsOut) {
+    HostedService hosted;
+    module.user.accounts = {std::nullopt};
+    ComPtr<KOV::IAFS_Name> name;
+    EXPECT_EQ(BindTo(Url("sites/x"), &name), E_CANCELED);
+    EXPECT_EQ(hosted.server.Count("GET"), 1u);
 }
 
 class AnonymousTest : public ProviderTest {};

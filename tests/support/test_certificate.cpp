@@ -45,7 +45,7 @@ void WriteTestCertificate(const std::string& certificate_file, const std::string
     X509_NAME_add_entry_by_txt(name, "CN", MBSTRING_ASC, reinterpret_cast<const unsigned char*>("trial server"), -1, -1, 0);
     X509_set_issuer_name(certificate.get(), name);
     AddExtension(certificate.get(), NID_basic_constraints, "critical,CA:TRUE");
-    AddExtension(certificate.get(), NID_subject_alt_name, "DNS:localhost,IP:127.0.0.1");
+    AddExtension(certificate.get(), NID_subject_alt_name, "DNS:localhost,DNS:login.hosted.example,IP:127.0.0.1");
     Require(X509_sign(certificate.get(), key.get(), EVP_sha256()) > 0);
     WritePem(certificate_file, [&](std::FILE* stream) { return PEM_write_X509(stream, certificate.get()); });
     WritePem(key_file,
