@@ -15,8 +15,8 @@ struct IAUX_Inst : IUnknown {
     virtual HRESULT CreateCab(IAUX_Cab** out_cab) = 0;
     /// Enciphers a text into a new text object.
     virtual HRESULT EncryptString(IKOV_CryptKey* key, IString* plain, IString** out_enciphered) = 0;
-    /// The reverse. `E_INVALIDARG` for a text that `EncryptString` didn't make; another failure for one that it made and that can't
-    /// be read with this key.
+    /// The reverse. `E_INVALIDARG` for a text that `EncryptString` didn't make; another failure for one that it made and that
+    /// can't be read with this key.
     virtual HRESULT DecryptString(IKOV_CryptKey* key, IString* enciphered, IString** out_plain) = 0;
 
 protected:
