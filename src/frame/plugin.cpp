@@ -6,6 +6,7 @@
 #include "host/auxiliary.h"
 #include "host/file_system.h"
 #include "host/instance.h"
+#include "host/tools/multi_size_image.h"
 #include "host/tools/resources.h"
 #include "host/user_interface.h"
 #include "platform/bstr.h"
@@ -14,8 +15,8 @@ namespace {
 
 constexpr GUID plugin_guid = MakeGuid("{666BE179-FF02-4C8B-9690-041DA91876E1}");
 constexpr DWORD plugin_version = 0x00010000;
-constexpr DWORD string_table_resource = 102;
-constexpr DWORD settings_template_resource = 103;
+constexpr WORD string_table_resource = 102;
+constexpr WORD settings_template_resource = 103;
 constexpr LONG info_bar_priority = 100;
 constexpr DWORD info_bar_color = 0xF1C281;
 
@@ -105,7 +106,7 @@ HRESULT Plugin::RegisterExts() {
 HRESULT Plugin::FinalizeRegistering() {
     TRACE_ENTER();
     INTERFACE_TRY
-    if (const ComPtr<IStream> stream = LoadResourceStream(L"XML", string_table_resource); !stream.IsNull()) {
+    if (const ComPtr<IStream> stream = OpenResourceStream(string_table_resource, L"XML"); !stream.IsNull()) {
         m_kov_inst->LoadLocalizationStream(stream);
     }
     m_kov_inst->Str2ID(L"ibar.sharepoint", VARIANT_TRUE, &m_info_bar_id);
@@ -133,8 +134,8 @@ HRESULT Plugin::InitSettings() {
     ComPtr<KOV::IAUX_Cab> settings;
     CHECK_OR_RETURN(m_kov_inst->GetPluginSettings(this, VARIANT_TRUE, &settings));
     if (!settings.IsNull()) {
-        const std::span<const BYTE> schema = ResourceBytes(L"XML", settings_template_resource);
-        settings->SetTemplate2(schema.data(), static_cast<ULONG>(schema.size()), L"Root");
+        const ResourceBytes schema = FindResourceBytes(settings_template_resource, L"XML");
+        settings->SetTemplate2(schema.data, schema.size, L"Root");
     }
     TRACE_RETURN(S_OK);
 }

@@ -99,8 +99,7 @@ void AddCommands(CLI::App& app, CommandSet set, CommandCall& call) {
         if (!(set == CommandSet::script ? syntax.in_script : syntax.on_command_line)) {
             continue;
         }
-        CLI::App* const command = app.add_subcommand(syntax.name, syntax.help);
-        command->usage(Usage(syntax));
+        CLI::App* const command = app.add_subcommand(syntax.name, syntax.help + (" — " + Usage(syntax)));
         AddOptions(*command, syntax, call);
         if (TakesRest(syntax)) {
             // From the first word on, all belongs to the command that is run, options too.
