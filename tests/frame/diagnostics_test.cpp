@@ -220,7 +220,7 @@ TEST(Diagnostics, CodesBecomeWords) {
         {GetHResultString(MakeHResult(0x8FFF1234)), L"HRESULT 0x8fff1234: <no system error information avaliable>"},
         {GetErrorString(5), L"System error code 5: Access is denied."},
         {GetErrorString(0x821704C7), L"Canceled"},
-        {GetErrorString(12002), L"System error code 12002: The operation timed out"},
+        {GetErrorString(12002), L"System error code 12002: The server did not answer in time."},
         {GetErrorString(4000000000), L"System error code 4000000000: <no system error information avaliable>"},
     };
     for (const auto& row : rows) {

@@ -61,17 +61,16 @@ public:
 
     /// All lines but the file's first. A message may hold line feeds.
     std::vector<LogLine> Lines() const {
-        static const std::wregex begin(LR"(^\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}\|[ 0-9a-f]{4,}\|(\d+)\|([^ ]*) ([^\n]*)$)",
-                                       std::regex::ECMAScript);
+        static const std::wregex begin(LR"(\d{4}-\d\d-\d\d \d\d:\d\d:\d\d\.\d{3}\|[ 0-9a-f]{4,}\|(\d+)\|([^ ]*) )");
         std::vector<LogLine> lines;
         const std::wstring text = Text();
         std::size_t at = text.find(L'\n');
         while (at != std::wstring::npos && at + 1 < text.size()) {
             const std::size_t end = text.find(L'\n', at + 1);
             const std::wstring line = text.substr(at + 1, end - at - 1);
-            if (std::wsmatch match; std::regex_match(line, match, begin)) {
+            if (std::wsmatch match; std::regex_search(line, match, begin, std::regex_constants::match_continuous)) {
                 const std::wstring context = match[2];
-                lines.push_back({static_cast<unsigned>(std::stoul(match[1])), Narrow(context), match[3]});
+                lines.push_back({static_cast<unsigned>(std::stoul(match[1])), Narrow(context), match.suffix()});
             } else if (!lines.empty()) {
                 lines.back().message += L'\n' + line;
             }
