@@ -20,6 +20,20 @@ void ReadListen(const std::string& text, ServerOptions& options) {
         options.address = options.address.substr(1, options.address.size() - 2);
 }
 
+AuthMode ReadAuth(const std::string& text) {
+    struct Row {
+        std::string_view text;
+        AuthMode mode;
+    };
+    static constexpr Row rows[] = {
+        {"none", AuthMode::none}, {"basic", AuthMode::basic}, {"ntlm", AuthMode::ntlm}, {"forms", AuthMode::forms}};
+    for (const Row& row : rows) {
+        if (row.text == text)
+            return row.mode;
+    }
+    throw UsageError("--auth: '" + text + "' is none of none, basic, ntlm, forms");
+}
+
 std::string FirstLine(std::string text) { return text.substr(0, text.find('\n')); }
 
 // A header can't hold what would end its line.
@@ -32,11 +46,8 @@ void CheckHeaderText(const std::string& text) {
 
 std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv) {
     ServerOptions options;
-    std::string listen = "127.0.0.1:0";
+    std::string listen = "127.0.0.1:0", auth = "none";
     std::vector<std::string> tls, users, faults;
-    const std::map<std::string, AuthMode> modes = {
-        {"none", AuthMode::none}, {"basic", AuthMode::basic}, {"ntlm", AuthMode::ntlm}, {"forms", AuthMode::forms}};
-
     CLI::App app("A small server that speaks what document libraries speak, for trials and tests.", "kov-server");
     app.set_version_flag("--version", "kov-server 1.0.0");
     app.add_option("--root", options.root, "the tree: contents as plain files, the rest in one SQLite file beside them")
@@ -45,9 +56,7 @@ std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv)
     app.add_option("--listen", listen, "where to listen; port 0 picks one")->type_name("HOST:PORT");
     app.add_flag("--sample", options.sample, "fills an empty root with sites, libraries and documents");
     app.add_option("--tls", tls, "HTTPS with this certificate and key (PEM)")->expected(2)->type_name("CERT KEY");
-    app.add_option("--auth", options.auth, "how to ask for an account: none, basic, ntlm, forms")
-        ->transform(CLI::CheckedTransformer(modes).description(""))
-        ->type_name("KIND");
+    app.add_option("--auth", auth, "how to ask for an account: none, basic, ntlm, forms")->type_name("KIND");
     app.add_option("--user", users, "an account; may be repeated")
         ->type_name("NAME:PASSWORD[:read]")
         ->expected(1)
@@ -70,6 +79,7 @@ std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv)
     try {
         app.parse(argc, argv);
         ReadListen(listen, options);
+        options.auth = ReadAuth(auth);
         CheckHeaderText(options.version_header);
         for (const std::string& user : users)
             options.accounts.push_back(ParseAccount(user));

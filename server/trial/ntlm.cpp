@@ -4,9 +4,11 @@
 #include "server/trial/accounts.h"
 #include "server/wire/http_text.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
+#include <endian.h>
 #include <gssapi/gssapi.h>
 #include <stdexcept>
 #include <unistd.h>
@@ -18,12 +20,13 @@ namespace {
 char ntlm_oid_bytes[] = "\x2b\x06\x01\x04\x01\x82\x37\x02\x02\x0a";
 gss_OID_desc ntlm_oid = {10, ntlm_oid_bytes};
 
+// The text may count its closing zero.
 std::string DisplayName(gss_name_t name) {
     OM_uint32 minor = 0;
     gss_buffer_desc text = GSS_C_EMPTY_BUFFER;
     std::string display;
     if (gss_display_name(&minor, name, &text, nullptr) == GSS_S_COMPLETE)
-        display.assign(static_cast<const char*>(text.value), text.length);
+        display.assign(static_cast<const char*>(text.value), ::strnlen(static_cast<const char*>(text.value), text.length));
     gss_release_buffer(&minor, &text);
     return display;
 }
@@ -33,6 +36,51 @@ std::string BareName(const std::string& name) {
     const std::size_t backslash = name.find('\\');
     const std::string tail = backslash == std::string::npos ? name : name.substr(backslash + 1);
     return tail.substr(0, tail.find('@'));
+}
+
+// Older clients leave out the version field, which tells nothing here; the security library wants it in its place. A client
+// that sends a checksum over its messages sends the field too, so nothing that is signed is touched (MS-NLMP 2.2.1.1, 2.2.1.3).
+constexpr std::size_t version_size = 8;
+
+void AddVersionToFirst(std::string& token) {
+    constexpr std::size_t whole = 32 + version_size;
+    if (token.size() < whole)
+        token.resize(whole, '\0');
+}
+
+std::uint32_t OffsetAt(const std::string& token, std::size_t field) {
+    std::uint32_t offset = 0;
+    std::memcpy(&offset, token.data() + field + 4, sizeof offset);
+    return le32toh(offset);
+}
+
+void AddVersionToLast(std::string& token) {
+    constexpr std::size_t version_place = 64;
+    constexpr std::size_t fields[] = {12, 20, 28, 36, 44, 52}; // Each: length, room, and offset of its bytes.
+    if (token.size() < version_place)
+        return;
+    std::uint32_t lowest = UINT32_MAX;
+    for (const std::size_t field : fields) {
+        if (token[field] != 0 || token[field + 1] != 0)
+            lowest = std::min(lowest, OffsetAt(token, field));
+    }
+    if (lowest != version_place)
+        return;
+    for (const std::size_t field : fields) {
+        const std::uint32_t offset = htole32(OffsetAt(token, field) + static_cast<std::uint32_t>(version_size));
+        std::memcpy(token.data() + field + 4, &offset, sizeof offset);
+    }
+    token.insert(version_place, version_size, '\0');
+}
+
+void AddVersion(std::string& token) {
+    constexpr std::string_view signature("NTLMSSP\0", 8);
+    if (!token.starts_with(signature) || token.size() <= signature.size())
+        return;
+    if (token[signature.size()] == 1)
+        AddVersionToFirst(token);
+    else if (token[signature.size()] == 3)
+        AddVersionToLast(token);
 }
 
 } // namespace
@@ -100,7 +148,7 @@ const User* Accounts::IdentifyByHandshake(const Request& request, ConnectionSign
     constexpr std::string_view scheme = "NTLM";
     demand = Response::Plain(401, "an account is needed");
     const std::string_view given = request.headers.Get("Authorization");
-    const auto token = StartsWithNoCase(given, "NTLM ") ? DecodeBase64(Trim(given.substr(scheme.size()))) : std::nullopt;
+    auto token = StartsWithNoCase(given, "NTLM ") ? DecodeBase64(Trim(given.substr(scheme.size()))) : std::nullopt;
     if (!token) {
         if (!connection.user)
             demand.With("WWW-Authenticate", std::string(scheme));
@@ -109,6 +157,7 @@ const User* Accounts::IdentifyByHandshake(const Request& request, ConnectionSign
     connection.user = nullptr;
     if (!connection.handshake)
         connection.handshake = std::make_unique<ConnectionSignIn::Handshake>();
+    AddVersion(*token);
     gss_buffer_desc input = {token->size(), const_cast<char*>(token->data())};
     gss_buffer_desc output = GSS_C_EMPTY_BUFFER;
     gss_name_t name = GSS_C_NO_NAME;
