@@ -66,6 +66,63 @@ ComPtr<KOV::IKOV_MultiSizeImage> BoxIcon(KOV::IKOV_Inst* kov, DWORD flags) {
     return BuildMultiSizeImage(uix, module_icon_resources);
 }
 
+/// What the user did; begins as what the box shows, which is also what is left when it can't be shown.
+struct Answer {
+    DWORD check_state = 0;
+    DWORD radio_id = 0;
+    DWORD button_id = 0;
+    Bstr edit_text;
+};
+
+/// The record of one box, with all that it points at.
+class BoxRequest {
+public:
+    BoxRequest(KOV::IKOV_Inst* kov, DWORD flags, const std::wstring& message) : m_kov(kov), m_icon(BoxIcon(kov, flags)) {
+        m_box.size = sizeof(m_box);
+        m_box.flags = flags | fixed_flags;
+        m_box.owner = OwnerWindow(kov);
+        m_box.icon = m_icon;
+        m_box.message = message.c_str();
+    }
+    BoxRequest(const BoxRequest&) = delete;
+    BoxRequest& operator=(const BoxRequest&) = delete;
+
+    void SetButtons(const Items& buttons, int default_index) {
+        m_box.button_count = buttons.Count();
+        m_box.buttons = buttons.Records();
+        m_box.default_button_id = buttons.Id(default_index);
+    }
+    void SetRadios(const Items& radios, int selected_index) {
+        m_box.radio_count = radios.Count();
+        m_box.radios = radios.Records();
+        m_box.radio_id = radios.Id(selected_index);
+    }
+    void SetCheckBox(LPCWSTR text_id, bool is_checked) {
+        m_check_text = LocalText(m_kov, text_id);
+        m_box.check_text = m_check_text.c_str();
+        m_box.check_state = is_checked ? 1 : 0;
+    }
+    void SetEditLine(LPCWSTR label_id, const std::wstring* text) {
+        m_edit_label = LocalText(m_kov, label_id);
+        m_box.flags |= KOV::UIX_MsgBox_EditLine;
+        m_box.edit_label = m_edit_label.c_str();
+        m_box.edit_text = text != nullptr ? text->c_str() : nullptr;
+    }
+
+    Answer Show() const {
+        Answer answer{.check_state = m_box.check_state, .radio_id = m_box.radio_id};
+        (void)m_kov->ShowMsgBox(&m_box, &answer.check_state, &answer.radio_id, &answer.edit_text, &answer.button_id);
+        return answer;
+    }
+
+private:
+    KOV::IKOV_Inst* m_kov;
+    KOV::MessageBoxParameters m_box{};
+    ComPtr<KOV::IKOV_MultiSizeImage> m_icon;
+    std::wstring m_check_text;
+    std::wstring m_edit_label;
+};
+
 } // namespace
 
 int Ui::ShowClassicMessageBox(KOV::IKOV_Inst* kov, DWORD flags, const std::wstring& message, std::vector<LPCWSTR> buttons,
@@ -73,61 +130,37 @@ int Ui::ShowClassicMessageBox(KOV::IKOV_Inst* kov, DWORD flags, const std::wstri
                               const std::vector<LPCWSTR>& radios, int* radio_value, LPCWSTR edit_label_id,
                               std::wstring* edit_value) {
     TRACE_ENTER();
-    KOV::MessageBoxParameters box{};
-    box.size = sizeof(box);
-    box.flags = flags | fixed_flags;
-    box.owner = OwnerWindow(kov);
-    box.message = message.c_str();
-    const ComPtr<KOV::IKOV_MultiSizeImage> icon = BoxIcon(kov, flags);
-    box.icon = icon;
-
+    BoxRequest request(kov, flags, message);
     if (buttons.empty()) {
         buttons.push_back(L"btn.close");
     }
     Items button_items(kov, buttons);
     button_items.MakeFirstOk();
-    box.button_count = button_items.Count();
-    box.buttons = button_items.Records();
-    box.default_button_id = button_items.Id(default_index);
-    const int index_if_closed = IsIndex(cancel_index, buttons.size()) ? cancel_index : static_cast<int>(buttons.size()) - 1;
-
-    std::wstring check_text;
+    request.SetButtons(button_items, default_index);
     if (check_value != nullptr) {
-        check_text = LocalText(kov, check_text_id);
-        box.check_text = check_text.c_str();
-        box.check_state = *check_value ? 1 : 0;
+        request.SetCheckBox(check_text_id, *check_value);
     }
-    std::wstring edit_label;
     if (edit_label_id != nullptr) {
-        box.flags |= KOV::UIX_MsgBox_EditLine;
-        edit_label = LocalText(kov, edit_label_id);
-        box.edit_label = edit_label.c_str();
-        box.edit_text = edit_value != nullptr ? edit_value->c_str() : nullptr;
+        request.SetEditLine(edit_label_id, edit_value);
     }
     const Items radio_items(kov, radios);
     if (!radios.empty()) {
-        box.radio_count = radio_items.Count();
-        box.radios = radio_items.Records();
-        box.radio_id = radio_items.Id(radio_value != nullptr ? *radio_value : 0);
+        request.SetRadios(radio_items, radio_value != nullptr ? *radio_value : 0);
     }
 
-    DWORD check_state = box.check_state;
-    DWORD radio_id = box.radio_id;
-    DWORD button_id = 0;
-    Bstr edit_text;
-    (void)kov->ShowMsgBox(&box, &check_state, &radio_id, &edit_text, &button_id);
-
+    const Answer answer = request.Show();
     if (check_value != nullptr) {
-        *check_value = check_state != 0;
+        *check_value = answer.check_state != 0;
     }
     // A null text is an empty one where there was an answer, and no text at all where there was none.
-    if (edit_label_id != nullptr && edit_value != nullptr && (edit_text.m_str != nullptr || button_id != 0)) {
-        *edit_value = edit_text.Text();
+    if (edit_label_id != nullptr && edit_value != nullptr && (answer.edit_text.m_str != nullptr || answer.button_id != 0)) {
+        *edit_value = answer.edit_text.Text();
     }
     if (radio_value != nullptr) {
-        *radio_value = radio_items.IndexOf(radio_id, *radio_value);
+        *radio_value = radio_items.IndexOf(answer.radio_id, *radio_value);
     }
-    const int pressed = button_items.IndexOf(button_id, index_if_closed);
+    const int last_index = static_cast<int>(buttons.size()) - 1;
+    const int pressed = button_items.IndexOf(answer.button_id, IsIndex(cancel_index, buttons.size()) ? cancel_index : last_index);
     TRACE_LEAVE(L"{}", pressed);
     return pressed;
 }
