@@ -15,9 +15,6 @@ std::wstring HeaderLineForLog(std::wstring_view line);
 /// Header lines that each end in a line feed; `authentication_header`, where it isn't empty, gives way to a fixed text.
 std::wstring HeaderTextForLog(std::wstring_view headers, std::wstring_view authentication_header);
 
-/// Bytes of a body as text: UTF-8, or what isn't UTF-8 byte for byte.
-std::wstring BodyTextForLog(std::string_view bytes);
-
 /// Logs "Unexpected HTTP code:\n", `sent`, and the answer of the request, whose body is read to the end for it. Does
 /// nothing when errors aren't logged; a body that can't be read is left out.
 void LogUnexpectedAnswer(std::wstring_view sent, HINTERNET request_handle) noexcept;

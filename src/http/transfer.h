@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "http/byte_stream.h"
@@ -76,6 +77,9 @@ std::size_t ReadBody(HINTERNET handle, void* buffer, std::size_t max_size);
 /// Appends the whole body to `stream` and returns its length. Throws ApiException, and HResultException E_OUTOFMEMORY when
 /// the stream's limit is reached.
 std::size_t ReadBody(HINTERNET handle, ByteStream& stream);
+
+/// Bytes of a body as text for the log: UTF-8, or what isn't UTF-8 byte for byte.
+std::wstring BodyTextForLog(std::string_view bytes);
 
 /// All values of one response header in the order of the answer. Throws ApiException.
 std::vector<std::wstring> GetHeaders(HINTERNET handle, const std::wstring& name);

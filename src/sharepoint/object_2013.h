@@ -49,7 +49,7 @@ public:
     Http::Request Upload(std::uint64_t size) override;
 
 private:
-    bool CallLists(const char* method, const std::string& body_tail);
+    bool CallLists(const wchar_t* method, const std::wstring& body_tail);
 };
 
 } // namespace SharePoint2013

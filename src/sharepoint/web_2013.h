@@ -11,6 +11,9 @@
 
 namespace SharePoint2013 {
 
+class Object;
+class File;
+
 class Web final : public SharePoint::Object, public SharePoint::Web, public std::enable_shared_from_this<Web> {
     /// Only `Create` can name it, so that no web exists outside a shared pointer.
     struct Private {};
@@ -62,8 +65,8 @@ public:
     const std::shared_ptr<Http::Session> m_http;
 
 private:
-    friend class Object;
-    friend class File;
+    friend class SharePoint2013::Object;
+    friend class SharePoint2013::File;
 
     /// "COPY" or "MOVE" of a decoded path to an absolute URL on this server, over whatever stands there. Throws
     /// HResultException E_INVALIDARG for a destination off the server or with dot segments, Exception when the answer names an
@@ -73,7 +76,11 @@ private:
     std::shared_ptr<SharePoint::Object> BindFileLink(const std::wstring& url, BindObjectType type);
     std::shared_ptr<SharePoint::Object> BindPath(const std::wstring& path, BindObjectType type);
     std::shared_ptr<SharePoint::Object> MakeObject(SharePoint::Information&& information, bool is_folder);
+    /// The path of a URL inside this web; false, with a log line, for any other URL.
     bool PathOfNewObject(const std::wstring& url, std::wstring& out_path);
+    /// Goes up from `path` to the first folder that exists and gives those on the way, the longest first; false, with a log
+    /// line, when there is none. `url` is for the log.
+    bool FindMissingFolders(const std::wstring& url, std::wstring path, std::vector<std::wstring>& out_missing);
 };
 
 } // namespace SharePoint2013
