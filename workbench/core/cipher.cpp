@@ -102,7 +102,7 @@ std::wstring Cipher::Decrypt(std::wstring_view enciphered) const {
         }
         encoded.push_back(static_cast<char>(c));
     }
-    std::vector<unsigned char> sealed(encoded.size());
+    std::vector<unsigned char> sealed(encoded.size() + 1);
     std::size_t length = 0;
     if (sodium_base642bin(sealed.data(), sealed.size(), encoded.data(), encoded.size(), nullptr, &length, nullptr, Variant64) !=
             0 ||

@@ -70,7 +70,8 @@ Host::Host(HostOptions options, MainLoop& loop)
     m_uix = MakeUixExtension();
 }
 
-Host::~Host() = default;
+// Sessions that outlive their module hold local copies, and these hold the sessions.
+Host::~Host() { m_afs->DropAll(); }
 
 void Host::Load() {
     m_module = LoadLibraryW(m_options.module_path.wstring().c_str());

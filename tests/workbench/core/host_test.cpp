@@ -1,0 +1,156 @@
+#include <gtest/gtest.h>
+
+#include "fresh_folder.h"
+#include "platform/errors.h"
+#include "platform/memory.h"
+#include "platform/text.h"
+#include "scripted_provider.h"
+#include "workbench/core/documents.h"
+#include "workbench/core/extensions.h"
+#include "workbench/core/host.h"
+#include "workbench/scripted_boxes.h"
+
+namespace {
+
+class ScriptedPrompt final : public AccountPrompt {
+public:
+    std::optional<AccountAnswer> Ask(const AccountDemand& demand) override {
+        demands.push_back(demand);
+        return answer;
+    }
+    std::vector<AccountDemand> demands;
+    std::optional<AccountAnswer> answer;
+};
+
+class HostTest : public testing::Test {
+protected:
+    FreshFolder m_folder;
+    MainLoop m_loop;
+    ScriptedBoxes m_boxes;
+    ScriptedPrompt m_prompt;
+    ComPtr<Host> m_host =
+        MakeObject<Host>(HostOptions{m_folder.Path() / "state", m_folder.Path() / "none.kvp", &m_boxes, &m_prompt}, m_loop);
+};
+
+TEST_F(HostTest, AnswersToADemandForAnAccount) {
+    ComPtr<KOV::IAFS_BindContext> context;
+    ASSERT_EQ(m_host->CreateStdBindContext(&context), S_OK);
+    // The module passes the same variables in and out.
+    Bstr user(L"old");
+    Bstr password(L"wrong");
+    BSTR user_variable = user;
+    BSTR password_variable = password;
+    std::wstring host = L"server";
+    const auto ask = [&](DWORD flags) {
+        return context->OnGetUserAccount(nullptr, host.data(), nullptr, user_variable, password_variable, &user_variable,
+                                         &password_variable, nullptr, flags);
+    };
+    EXPECT_EQ(ask(0), MakeHResult(0x821704C7)) << "the user gave up";
+    EXPECT_EQ(user_variable, user.m_str);
+    m_prompt.answer = AccountAnswer{L"ann", L"secret"};
+    ASSERT_EQ(ask(0), S_OK);
+    EXPECT_EQ(m_prompt.demands.back().user, L"old");
+    EXPECT_EQ(m_prompt.demands.back().password, L"wrong");
+    EXPECT_EQ(m_prompt.demands.back().host, L"server");
+    EXPECT_STREQ(user_variable, L"ann");
+    EXPECT_STREQ(password_variable, L"secret");
+    SysFreeString(user_variable);
+    SysFreeString(password_variable);
+    user_variable = password_variable = nullptr;
+    m_prompt.demands.clear();
+    EXPECT_EQ(ask(KOV::AFS_BindContext_NoUI), S_OK);
+    EXPECT_EQ(user_variable, nullptr) << "nobody's account goes to whoever is looked at";
+    EXPECT_TRUE(m_prompt.demands.empty());
+}
+
+TEST_F(HostTest, PutsTheModulesQuestionsAndGivesBackTheButton) {
+    Bstr title;
+    ASSERT_EQ(m_host->GetLocalStr(L"btn.close", &title), S_OK);
+    const KOV::MessageBoxItem button{L"ok", title};
+    KOV::MessageBoxParameters record{};
+    record.size = sizeof(record);
+    record.message = L"Text";
+    record.buttons = &button;
+    record.button_count = 1;
+    m_boxes.Expect({L"btn.close"}, {std::size_t{0}});
+    DWORD check = 9, radio = 9, id = 9;
+    Bstr edit;
+    EXPECT_EQ(m_host->ShowMsgBox(&record, &check, &radio, &edit, &id), S_OK);
+    EXPECT_EQ(id, 1u);
+    EXPECT_EQ(edit.m_str, nullptr);
+    record.size = 0;
+    EXPECT_EQ(m_host->ShowMsgBox(&record, &check, &radio, &edit, &id), E_INVALIDARG);
+    EXPECT_EQ(id, 0u);
+}
+
+TEST_F(HostTest, NumbersNamesFromOneAndMakesNoneUnasked) {
+    DWORD id = 0;
+    EXPECT_EQ(m_host->Str2ID(L"ok", VARIANT_FALSE, &id), S_OK);
+    EXPECT_EQ(id, 1u);
+    EXPECT_EQ(m_host->Str2ID(L"new", VARIANT_FALSE, &id), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
+    EXPECT_EQ(m_host->Str2ID(L"new", VARIANT_TRUE, &id), S_OK);
+    const DWORD made = id;
+    EXPECT_EQ(m_host->Str2ID(L"new", VARIANT_FALSE, &id), S_OK);
+    EXPECT_EQ(id, made);
+    IUnknown* extension = nullptr;
+    EXPECT_EQ(m_host->GetExtension(L"XXX", &extension), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
+    Bstr text;
+    EXPECT_EQ(m_host->GetLocalStr(L"no.such", &text), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
+}
+
+TEST_F(HostTest, FailsInWordsWithoutAModule) {
+    try {
+        m_host->Load();
+        FAIL();
+    } catch (const HostException& failure) {
+        EXPECT_EQ(failure.Result(), HRESULT_FROM_WIN32(ERROR_MOD_NOT_FOUND));
+        EXPECT_NE(std::string(failure.what()).find("can't be loaded"), std::string::npos);
+    }
+    EXPECT_EQ(m_host->Provider(), nullptr);
+    EXPECT_THROW(m_host->SavedAccounts(), HostException);
+    m_host->Unload();
+}
+
+TEST_F(HostTest, ReadsTheSizeOfAPictureAndRefusesWhatIsNone) {
+    struct Row {
+        const char* name;
+        std::string bytes;
+        LONG width;
+    };
+    const std::string start("\x89PNG\r\n\x1A\n\0\0\0\rIHDR", 16);
+    const Row rows[] = {{"good", start + std::string("\0\0\0\x30\0\0\0\x18", 8), 48},
+                        {"cut", start + std::string("\0\0\0\x30", 4), 0},
+                        {"huge", start + std::string("\x7F\0\0\0\0\0\0\x18", 8), 0},
+                        {"empty", start + std::string(8, '\0'), 0},
+                        {"other", "GIF89a" + std::string(30, 'x'), 0}};
+    ComPtr<IUnknown> extension;
+    ASSERT_EQ(m_host->GetExtension(L"UIX", &extension), S_OK);
+    const auto uix = extension.As<KOV::IUIX_Inst>();
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.name);
+        const HGLOBAL block = GlobalAlloc(GMEM_MOVEABLE, row.bytes.size());
+        std::copy(row.bytes.begin(), row.bytes.end(), static_cast<char*>(GlobalLock(block)));
+        GlobalUnlock(block);
+        ComPtr<IStream> stream;
+        ASSERT_EQ(CreateStreamOnHGlobal(block, TRUE, &stream), S_OK);
+        ComPtr<KOV::IKOV_Picture> picture;
+        EXPECT_EQ(SUCCEEDED(uix->CreateImageFromStream(stream, &picture)), row.width != 0);
+        SIZE size{};
+        if (row.width != 0 && SUCCEEDED(picture->get_Size(&size))) {
+            EXPECT_EQ(size.cx, row.width);
+            EXPECT_EQ(size.cy, 24);
+        }
+    }
+}
+
+TEST_F(HostTest, TellsAFailureByItsDetailsOrByItsCode) {
+    const auto details = MakeObject<StringObject>(L"the server is tired");
+    EXPECT_EQ(FailureText(E_FAIL, details), L"the server is tired");
+    details->Clear();
+    EXPECT_EQ(FailureText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), details),
+              FailureText(HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND), nullptr));
+    EXPECT_NE(FailureText(HRESULT_FROM_WIN32(ERROR_INTERNET_CANNOT_CONNECT), nullptr), L"Unknown error 0x80072efd");
+    EXPECT_EQ(FailureText(MakeHResult(0x8abcdef1), nullptr), L"Unknown error 0x8abcdef1");
+}
+
+} // namespace

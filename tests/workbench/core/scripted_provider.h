@@ -1,0 +1,120 @@
+#pragma once
+
+// A provider of which the local copies need two answers: what a name is called, and what the server said of its file.
+
+#include "host/file_system.h"
+#include "host/object_bases.h"
+#include "platform/bstr.h"
+#include "workbench/core/unsaved_copies.h"
+
+class ScriptedName final : public cCoClassUnknownT<KOV::IAFS_Name> {
+public:
+    ScriptedName(std::wstring url, std::optional<Stamp> stamp) : url(std::move(url)), stamp(stamp) {}
+    HRESULT get_FileSys(KOV::IAFS_FileSys**) override { return E_NOTIMPL; }
+
+    std::wstring url;
+    std::optional<Stamp> stamp;
+};
+
+class ScriptedInfo final : public cCoClassDispatchT<KOV::IAFS_FileInfo> {
+public:
+    explicit ScriptedInfo(Stamp stamp) : m_stamp(stamp) {}
+    HRESULT get_Title(BSTR*) override { return E_NOTIMPL; }
+    HRESULT get_Attributes(DWORD*) override { return E_NOTIMPL; }
+    HRESULT get_Size(ULONGLONG* out_size) override {
+        *out_size = static_cast<ULONGLONG>(m_stamp.size);
+        return S_OK;
+    }
+    HRESULT get_CreationTime(ULONGLONG*) override { return E_NOTIMPL; }
+    HRESULT get_LastAccessTime(ULONGLONG*) override { return E_NOTIMPL; }
+    HRESULT get_LastWriteTime(ULONGLONG* out_time) override {
+        *out_time = m_stamp.last_write_time;
+        return S_OK;
+    }
+    HRESULT get_Prop(LPCWSTR, VARIANT*) override { return E_NOTIMPL; }
+
+private:
+    const Stamp m_stamp;
+};
+
+class ScriptedProvider final : public cCoClassDispatchT<KOV::IAFS_FileSys> {
+public:
+    HRESULT NameToString(KOV::IAFS_Name* name, DWORD, KOV::IAFS_Name*, BSTR* out_name) override {
+        *out_name = Bstr(std::wstring_view(static_cast<ScriptedName*>(name)->url)).Detach();
+        return S_OK;
+    }
+    HRESULT GetFileInfo(KOV::IAFS_Name* name, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_FileInfo** out_file_info) override {
+        const auto& stamp = static_cast<ScriptedName*>(name)->stamp;
+        *out_file_info = stamp ? MakeObject<ScriptedInfo>(*stamp).Detach() : nullptr;
+        return stamp ? S_OK : E_FAIL;
+    }
+
+    HRESULT get_Name(BSTR*) override { return E_NOTIMPL; }
+    HRESULT get_Features(DWORD*) override { return E_NOTIMPL; }
+    HRESULT get_UserString(BSTR*) override { return E_NOTIMPL; }
+    HRESULT put_UserString(LPCWSTR) override { return E_NOTIMPL; }
+    HRESULT get_Prop(KOV::IAFS_Name*, LPCWSTR, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT put_Prop(KOV::IAFS_Name*, LPCWSTR, const VARIANT*) override { return E_NOTIMPL; }
+    HRESULT Exec(KOV::IAFS_Name*, LPCWSTR, const VARIANT*, VARIANT*, KOV::IString*, KOV::IKOV_Flag*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindToPath(LPCWSTR, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindToObject(IUnknown*, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindFlush(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT BindClose(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT EnumFolder(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_EnumFolder**) override { return E_NOTIMPL; }
+    HRESULT StringToName(LPCWSTR, DWORD, KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
+    HRESULT NameGetParent(KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
+    HRESULT NameIsChildOf(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT NamesAreEqual(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT OpenFile(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_File**) override { return E_NOTIMPL; }
+    HRESULT CreateFolder(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Move(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Copy(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Rename(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Delete(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT GetVolumeSpace(KOV::IAFS_Name*, ULONGLONG*, ULONGLONG*, ULONGLONG*, KOV::IString*, KOV::IKOV_Flag*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT CreateDlgParams(IUnknown**) override { return E_NOTIMPL; }
+    HRESULT ShowDlg(IUnknown*, KOV::IAFS_NamesCollection**) override { return E_NOTIMPL; }
+    HRESULT SetProgressMon(KOV::IKOV_ProgressMon*) override { return E_NOTIMPL; }
+    HRESULT GetProgressMon(DWORD, KOV::IKOV_ProgressMon**) override { return E_NOTIMPL; }
+    HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab*, DWORD, DWORD, DWORD, KOV::IAFS_AccountData**) override { return E_NOTIMPL; }
+    HRESULT get_DispName(BSTR*) override { return E_NOTIMPL; }
+    HRESULT get_Icon(KOV::IKOV_MultiSizeImage**) override { return E_NOTIMPL; }
+};
+
+/// A file that is open: for the map a name and an address.
+class ScriptedFile final : public cCoClassUnknownT<KOV::IAFS_File> {
+public:
+    explicit ScriptedFile(KOV::IAFS_Name* name) : m_name(name) {}
+    HRESULT get_Name(KOV::IAFS_Name** out_name) override {
+        m_name.CopyTo(out_name);
+        return S_OK;
+    }
+    HRESULT get_OpenFlags(DWORD*) override { return E_NOTIMPL; }
+    HRESULT get_IoMode(DWORD*) override { return E_NOTIMPL; }
+    HRESULT Clone(KOV::IAFS_File**) override { return E_NOTIMPL; }
+    HRESULT IsCloneOf(KOV::IAFS_File*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT Read(void*, ULONG, ULONG*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Write(const void*, ULONG, ULONG*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT SetPos(LONGLONG, DWORD, LONGLONG*) override { return E_NOTIMPL; }
+    HRESULT GetPos(LONGLONG*) override { return E_NOTIMPL; }
+    HRESULT SetSize(LONGLONG, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT GetSize(LONGLONG*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Flush(KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Reopen(DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT GetStream(IStream**) override { return E_NOTIMPL; }
+    HRESULT Close(DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT get_Prop(LPCWSTR, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT put_Prop(LPCWSTR, const VARIANT*) override { return E_NOTIMPL; }
+    HRESULT Exec(LPCWSTR, const VARIANT*, VARIANT*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+
+private:
+    ComPtr<KOV::IAFS_Name> m_name;
+};
