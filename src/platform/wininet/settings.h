@@ -1,0 +1,21 @@
+#pragma once
+
+/// What hosts settled for all HTTP of the process (wininet_settings.h), as a value.
+
+#include <string>
+#include <vector>
+
+namespace wininet {
+
+struct HostSettings {
+    std::string certificate_file;
+    std::vector<std::string> connect_to;
+};
+
+HostSettings CurrentSettings();
+
+/// Words about this thread's last failure, for InternetGetLastResponseInfoW.
+void SetResponseInfo(const std::string& text);
+const std::string& ResponseInfo();
+
+} // namespace wininet
