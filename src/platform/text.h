@@ -66,5 +66,5 @@ extern "C" KOV_PLATFORM_API int GetLocaleInfoW(LCID locale, LCTYPE type, LPWSTR 
 /// `value`, decimal digits with an optional "-" and an optional fraction behind ".", as `format` says; with a null `format` as
 /// the user's locale has it, with two fraction digits. Rounds halves away from zero. `flags` is 0. Gives the length with
 /// NUL, also for `size` 0, which stores nothing; 0 is failure: 122 for a short buffer, 87 for anything else.
-extern "C" KOV_PLATFORM_API int GetNumberFormatW(LCID locale, DWORD flags, LPCWSTR value, const NUMBERFMTW* format,
-                                                 LPWSTR buffer, int size);
+extern "C" KOV_PLATFORM_API int GetNumberFormatW(LCID locale, DWORD flags, LPCWSTR value, const NUMBERFMTW* format, LPWSTR buffer,
+                                                 int size);
