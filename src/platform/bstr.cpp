@@ -2,49 +2,45 @@
 
 #include <cstdlib>
 #include <cstring>
-#include <cwchar>
 #include <limits>
 
 namespace {
 
-/// The length in bytes stands in the four bytes in front of the text, as published; the head keeps the text aligned.
-constexpr std::size_t head_size = 8;
-constexpr UINT max_length = (std::numeric_limits<UINT>::max() - head_size) / sizeof(wchar_t) - 1;
+// The length stands in front of the text, in bytes, as others who read such texts expect; eight bytes keep the text aligned.
+constexpr std::size_t prefix = 8;
+
+char* BlockOf(BSTR text) { return reinterpret_cast<char*>(text) - prefix; }
 
 } // namespace
 
 BSTR SysAllocStringLen(const wchar_t* text, UINT length) {
-    if (length > max_length) {
+    if (length > (std::numeric_limits<std::uint32_t>::max() - prefix) / sizeof(wchar_t) - 1) {
         return nullptr;
     }
-    const std::size_t size = length * sizeof(wchar_t);
-    char* const block = static_cast<char*>(std::malloc(head_size + size + sizeof(wchar_t)));
+    const std::size_t bytes = length * sizeof(wchar_t);
+    auto* const block = static_cast<char*>(std::calloc(1, prefix + bytes + sizeof(wchar_t)));
     if (block == nullptr) {
         return nullptr;
     }
-    const std::uint32_t stored_size = static_cast<std::uint32_t>(size);
-    std::memcpy(block + head_size - sizeof stored_size, &stored_size, sizeof stored_size);
-    char* const characters = block + head_size;
-    if (text != nullptr) {
-        std::memcpy(characters, text, size);
-    } else {
-        std::memset(characters, 0, size);
+    const auto stored = static_cast<std::uint32_t>(bytes);
+    std::memcpy(block + prefix - sizeof stored, &stored, sizeof stored);
+    if (text != nullptr && bytes > 0) {
+        std::memcpy(block + prefix, text, bytes);
     }
-    std::memset(characters + size, 0, sizeof(wchar_t));
-    return reinterpret_cast<BSTR>(characters);
+    return reinterpret_cast<BSTR>(block + prefix);
 }
 
 BSTR SysAllocString(const wchar_t* text) {
     if (text == nullptr) {
         return nullptr;
     }
-    const std::size_t length = std::wcslen(text);
-    return length > max_length ? nullptr : SysAllocStringLen(text, static_cast<UINT>(length));
+    const std::size_t length = std::char_traits<wchar_t>::length(text);
+    return length > std::numeric_limits<UINT>::max() ? nullptr : SysAllocStringLen(text, static_cast<UINT>(length));
 }
 
 void SysFreeString(BSTR text) {
     if (text != nullptr) {
-        std::free(reinterpret_cast<char*>(text) - head_size);
+        std::free(BlockOf(text));
     }
 }
 
@@ -52,7 +48,7 @@ UINT SysStringLen(BSTR text) {
     if (text == nullptr) {
         return 0;
     }
-    std::uint32_t size;
-    std::memcpy(&size, reinterpret_cast<const char*>(text) - sizeof size, sizeof size);
-    return size / sizeof(wchar_t);
+    std::uint32_t bytes = 0;
+    std::memcpy(&bytes, BlockOf(text) + prefix - sizeof bytes, sizeof bytes);
+    return bytes / static_cast<UINT>(sizeof(wchar_t));
 }
