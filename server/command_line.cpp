@@ -34,6 +34,13 @@ AuthMode ReadAuth(const std::string& text) {
     throw UsageError("--auth: '" + text + "' is none of none, basic, ntlm, forms");
 }
 
+// The library would read "-1" as a very large number.
+CLI::Validator NotNegative() {
+    return CLI::Validator(
+        [](const std::string& text) { return text.starts_with('-') ? "'" + text + "' isn't a number from 0 up" : std::string(); },
+        "");
+}
+
 std::string FirstLine(std::string text) { return text.substr(0, text.find('\n')); }
 
 // A header can't hold what would end its line.
@@ -74,8 +81,10 @@ std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
     app.add_flag("--rewrite-uploads", options.rewrite_uploads, "stores documents a few bytes longer than they were sent");
     app.add_flag("--require-check-out", options.require_check_out, "refuses to write to a file that the user doesn't hold");
-    app.add_option("--latency", options.latency_ms, "waits before each answer")->type_name("MS");
-    app.add_option("--bandwidth", options.bytes_per_second, "a limit a connection, in bytes a second")->type_name("BYTES");
+    app.add_option("--latency", options.latency_ms, "waits before each answer")->check(NotNegative())->type_name("MS");
+    app.add_option("--bandwidth", options.bytes_per_second, "a limit a connection, in bytes a second")
+        ->check(NotNegative())
+        ->type_name("BYTES");
     try {
         app.parse(argc, argv);
         ReadListen(listen, options);

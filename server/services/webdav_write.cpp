@@ -30,10 +30,10 @@ bool MayOverwrite(const Request& request) {
     throw Refusal(400, "Overwrite is T or F");
 }
 
-// A lone obstacle that is the thing itself is the status of the whole; anything inside is told item by item.
-Response AnswerObstacles(const Request& request, const std::vector<Obstacle>& obstacles) {
+// An obstacle that is what the request names is the status of the whole; anything inside is told item by item.
+Response AnswerObstacles(const Request& request, const std::vector<Obstacle>& obstacles, const std::string& destination = {}) {
     for (const Obstacle& obstacle : obstacles) {
-        if (FoldCase(obstacle.path) == FoldCase(request.path))
+        if (FoldCase(obstacle.path) == FoldCase(request.path) || FoldCase(obstacle.path) == FoldCase(destination))
             throw Refusal(obstacle.status, "/" + obstacle.path + " is held by another user or locked");
     }
     return MultistatusOf(request, obstacles);
@@ -53,13 +53,14 @@ Response AnswerTransfer(const Call& call, Store::Transfer kind) {
         if (entry && entry->is_folder)
             throw Refusal(400, "a folder moves with all that is in it");
     }
-    const Store::TransferResult result = call.store.MoveOrCopy(kind, request.path, PathOfUrl(request, *destination),
-                                                               MayOverwrite(request), !is_shallow, WriterOf(call));
+    const std::string place = PathOfUrl(request, *destination);
+    const Store::TransferResult result =
+        call.store.MoveOrCopy(kind, request.path, place, MayOverwrite(request), !is_shallow, WriterOf(call));
     if (!result.obstacles.empty())
-        return AnswerObstacles(request, result.obstacles);
+        return AnswerObstacles(request, result.obstacles, place);
     Response response{result.replaced ? 204 : 201, {}, {}};
     if (!result.replaced)
-        response.With("Location", UrlOf(request, PathOfUrl(request, *destination)));
+        response.With("Location", UrlOf(request, place));
     return response;
 }
 

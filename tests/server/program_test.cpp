@@ -1,0 +1,111 @@
+#include "server/http_client.h"
+#include "server/program.h"
+#include "support/test_certificate.h"
+
+#include <algorithm>
+#include <csignal>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using testing::HasSubstr;
+using testing::StartsWith;
+
+namespace {
+
+const std::string program = KOV_BIN_DIR "/kov-server";
+
+} // namespace
+
+TEST(ServerProgram, SaysInOneLineWhatIsWrongWithItsOptions) {
+    const TestFolder folder;
+    const std::string root = folder.Path("root");
+    const std::vector<std::string> rows[] = {
+        {},
+        {"--bogus"},
+        {"--root", root, "extra"},
+        {"--root", root, "--listen", "here"},
+        {"--root", root, "--listen", "127.0.0.1:99999"},
+        {"--root", root, "--auth", "magic"},
+        {"--root", root, "--auth", "basic"},
+        {"--root", root, "--user", "ann"},
+        {"--root", root, "--fault", "GET * 1 explode"},
+        {"--root", root, "--latency", "soon"},
+        {"--root", root, "--bandwidth", "-1"},
+        {"--root", root, "--tls", "certificate.pem"},
+        {"--root", root, "--version-header", "15\r\nX: y"},
+    };
+    for (std::vector<std::string> row : rows) {
+        const std::string what = row.empty() ? "nothing" : row.back();
+        row.insert(row.begin(), program);
+        const RunResult result = RunProgram(row);
+        EXPECT_EQ(result.exit_code, 2) << what;
+        EXPECT_THAT(result.err, StartsWith("kov-server: ")) << what;
+        EXPECT_EQ(std::count(result.err.begin(), result.err.end(), '\n'), 1) << what << ": " << result.err;
+        EXPECT_EQ(result.out, "") << what;
+    }
+}
+
+TEST(ServerProgram, EndsCleanlyWhenAsked) {
+    const TestFolder folder;
+    for (const int signal : {SIGTERM, SIGINT}) {
+        ServerProgram server({"--root", folder.Path("root"), "--sample"});
+        EXPECT_EQ(Send({"GET", server.Origin() + "/Shared%20Documents/Read%20me.txt"}).status, 200);
+        EXPECT_EQ(server.End(signal), 0);
+    }
+}
+
+TEST(ServerProgram, KeepsWhatItAcknowledgedWhenItIsKilled) {
+    const TestFolder folder;
+    const std::vector<std::string> options = {"--root", folder.Path("root")};
+    std::string etag;
+    {
+        ServerProgram server(options);
+        EXPECT_EQ(Send({"MKCOL", server.Origin() + "/lib"}).status, 201);
+        EXPECT_EQ(Send({"PUT", server.Origin() + "/lib/a.txt", {}, "first"}).status, 201);
+        EXPECT_EQ(Send({"PUT", server.Origin() + "/lib/a.txt", {}, "second"}).status, 204);
+        etag = Send({"HEAD", server.Origin() + "/lib/a.txt"}).Header("ETag");
+        EXPECT_EQ(server.End(SIGKILL), -SIGKILL);
+    }
+    ServerProgram server(options);
+    EXPECT_EQ(Send({"GET", server.Origin() + "/lib/a.txt"}).body, "second");
+    EXPECT_EQ(Send({"HEAD", server.Origin() + "/lib/a.txt"}).Header("ETag"), etag);
+    const RunResult second = RunProgram({program, "--root", folder.Path("root")});
+    EXPECT_EQ(second.exit_code, 1);
+    EXPECT_THAT(second.err, HasSubstr("in use by another server"));
+}
+
+TEST(ServerProgram, WritesAJournalAndMeetsItsFaults) {
+    const TestFolder folder;
+    ServerProgram server({"--root", folder.Path("root"), "--journal", folder.Path("journal"), "--fault",
+                          "GET /none* 1 status=503", "--site", "sites/a", "--version-header", ""});
+    EXPECT_EQ(Send({"GET", server.Origin() + "/none"}).status, 503);
+    EXPECT_EQ(Send({"GET", server.Origin() + "/none"}).status, 404);
+    const Answer site = Send({"PROPFIND", server.Origin() + "/sites/a", {"Depth: 0"}});
+    EXPECT_EQ(site.status, 207);
+    EXPECT_EQ(site.Header("MicrosoftSharePointTeamServices"), "");
+    const std::string journal = folder.Read("journal");
+    EXPECT_THAT(journal, StartsWith(R"({"method":"GET","target":"/none","headers":[["Host",")"));
+    EXPECT_THAT(journal, HasSubstr(R"("body":"","status":503})"
+                                   "\n"));
+    EXPECT_EQ(std::count(journal.begin(), journal.end(), '\n'), 3);
+}
+
+TEST(ServerProgram, SpeaksTlsWithTheCertificateItWasGiven) {
+    const TestFolder folder;
+    WriteTestCertificate(folder.Path("certificate"), folder.Path("key"));
+    ServerProgram server({"--root", folder.Path("root"), "--tls", folder.Path("certificate"), folder.Path("key")});
+    EXPECT_THAT(server.Origin(), StartsWith("https://"));
+    const Answer answer = Send({.method = "GET", .url = server.Origin() + "/", .certificate_file = folder.Path("certificate")});
+    EXPECT_EQ(answer.status, 200);
+}
+
+TEST(ServerProgram, FillsAnEmptyRootWithDocumentsThatReadersAccept) {
+    const TestFolder folder;
+    ServerProgram server({"--root", folder.Path("root"), "--sample"});
+    const std::string report = "sites/trial/Shared%20Documents/Annual%20report.pdf";
+    folder.Write("report.pdf", Send({"GET", server.Origin() + "/" + report}).body);
+    if (!IsInstalled("qpdf"))
+        GTEST_SKIP() << "qpdf isn't installed";
+    EXPECT_EQ(RunProgram({"qpdf", "--check", folder.Path("report.pdf")}).exit_code, 0);
+    EXPECT_EQ(RunProgram({"qpdf", "--show-npages", folder.Path("report.pdf")}).out, "4\n");
+}
