@@ -205,15 +205,18 @@ void RemoveStoredCab(Store& store, CabStorage::ItemId root) {
 }
 
 std::optional<CabStorage::ItemId> FindStoredCab(Store& store, std::wstring_view name, bool create) {
-    Store::Transaction transaction(store);
-    std::optional<CabStorage::ItemId> root;
-    {
+    const auto find = [&]() -> std::optional<CabStorage::ItemId> {
         Store::Query query(store, "SELECT node FROM cab WHERE name=?1");
-        if (query.Bind(1, name).Step()) {
-            root = query.Integer(0);
-        }
+        return query.Bind(1, name).Step() ? std::optional(query.Integer(0)) : std::nullopt;
+    };
+    std::optional<CabStorage::ItemId> root = find();
+    if (root || !create) {
+        return root;
     }
-    if (!root && create) {
+    Store::Transaction transaction(store);
+    // Another program may have made it since.
+    root = find();
+    if (!root) {
         root = AddStoredCab(store);
         Store::Query(store, "INSERT INTO cab(name, node) VALUES(?1, ?2)").Bind(1, name).Bind(2, *root).Run();
     }

@@ -226,8 +226,9 @@ bool CacheFolder::IsInUse(const fs::path& folder) const {
 
 void CacheFolder::RemoveLeftovers() {
     std::vector<fs::path> folders;
-    for (const fs::directory_entry& entry : fs::directory_iterator(m_root)) {
-        if (entry.is_directory() && !entry.is_symlink() && entry.path() != m_own && !IsInUse(entry.path())) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(m_root, error)) {
+        if (entry.is_directory(error) && !entry.is_symlink(error) && entry.path() != m_own && !IsInUse(entry.path())) {
             folders.push_back(entry.path());
         }
     }

@@ -10,6 +10,11 @@
 
 namespace {
 
+/// Copies that nobody uses any more and that are kept for the next open.
+constexpr std::size_t MaxKept = 32;
+/// More than any provider wants; its own bound is lower.
+constexpr int MaxRounds = 16;
+
 bool IsSameUrl(const std::wstring& url1, const std::wstring& url2) {
     return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, url1.c_str(), -1, url2.c_str(), -1) == CSTR_EQUAL;
 }
@@ -289,6 +294,12 @@ void CacheMapCore::DropUnused(Dropped& dropped) {
             slot.is_current = false;
         }
     }
+    std::size_t kept = 0;
+    for (auto slot = m_slots.rbegin(); slot != m_slots.rend(); ++slot) {
+        if (!slot->IsLive() && slot->is_current && ++kept > MaxKept) {
+            slot->is_current = false;
+        }
+    }
     std::erase_if(m_slots, [](const Slot& slot) { return !slot.IsLive() && !slot.is_current; });
 }
 
@@ -332,10 +343,10 @@ HRESULT CacheMapCore::FlushAll(KOV::IString* details, KOV::IKOV_Flag* cancel_fla
     }
     HRESULT first_failure = S_OK;
     for (const ComPtr<KOV::IAFS_FileCache>& cache : unsaved) {
-        HRESULT result = S_OK;
-        do {
+        HRESULT result = RunAgain;
+        for (int round = 0; result == RunAgain && round < MaxRounds; ++round) {
             result = cache->Flush(first_failure == S_OK ? details : nullptr, cancel_flag);
-        } while (result == RunAgain);
+        }
         first_failure = first_failure == S_OK ? result : first_failure;
     }
     return first_failure;

@@ -74,7 +74,7 @@ Host::Host(HostOptions options, MainLoop& loop)
 Host::~Host() { m_afs->DropAll(); }
 
 void Host::Load() {
-    m_module = LoadLibraryW(m_options.module_path.wstring().c_str());
+    m_module = LoadLibraryW(std::filesystem::absolute(m_options.module_path).wstring().c_str());
     if (m_module == nullptr) {
         throw HostException(HRESULT_FROM_WIN32(GetLastError()),
                             "The module can't be loaded: " + Utf8FromWide(GetModuleLoadError()));

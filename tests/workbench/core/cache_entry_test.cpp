@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include <sys/stat.h>
+#include <thread>
 
 #include "fresh_folder.h"
 #include "platform/errors.h"
@@ -109,6 +110,27 @@ TEST_F(CacheEntryTest, FillsToTheEndBeforeTheFirstChangeUnlessAllIsNew) {
         EXPECT_EQ(std::count(m_callbacks->calls.begin(), m_callbacks->calls.end(), "download"), row.is_downloaded ? 1 : 0);
         EXPECT_EQ(ReadAt(*entry, 0, 20), row.uploaded);
     }
+}
+
+TEST_F(CacheEntryTest, SeveralReadersShareOneDownload) {
+    m_callbacks->document.assign(100'000, '\0');
+    std::generate(m_callbacks->document.begin(), m_callbacks->document.end(),
+                  [n = 0]() mutable { return static_cast<char>(n++ % 251); });
+    m_callbacks->piece = 1000;
+    const auto entry = Open(100'000);
+    const auto read = [&](ULONG step) {
+        std::string bytes;
+        for (LONGLONG pos = 0; pos < 100'000; pos += step) {
+            bytes += ReadAt(*entry, pos, step);
+        }
+        return bytes;
+    };
+    std::string of_thread;
+    std::thread reader([&] { of_thread = read(777); });
+    EXPECT_EQ(read(4096), m_callbacks->document);
+    reader.join();
+    EXPECT_EQ(of_thread, m_callbacks->document);
+    EXPECT_EQ(m_callbacks->calls, Calls{"download"});
 }
 
 TEST_F(CacheEntryTest, SendsNothingWhenNothingChanged) {

@@ -98,6 +98,46 @@ TEST_F(HostTest, NumbersNamesFromOneAndMakesNoneUnasked) {
     EXPECT_EQ(m_host->GetLocalStr(L"no.such", &text), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
 }
 
+TEST_F(HostTest, KeepsPlacesAndFindsTheOneOfALocation) {
+    const auto store = std::make_shared<Store>(m_folder.Path() / "places.sqlite");
+    const auto provider = MakeObject<ScriptedProvider>();
+    Accounts accounts(store, provider);
+    const auto urls = [&] {
+        std::wstring text;
+        for (const SavedAccount& account : accounts.List()) {
+            text += account.url + L"," + account.user + L" ";
+        }
+        return text;
+    };
+    const auto broad = MakeObject<ScriptedAccount>(L"http://s/", L"ann");
+    const auto narrow = MakeObject<ScriptedAccount>(L"http://s/web/", L"bob");
+    const std::int64_t id = accounts.Save(broad);
+    accounts.Save(narrow);
+    EXPECT_EQ(urls(), L"http://s/,ann http://s/web/,bob ");
+    EXPECT_EQ(accounts.Find(L"http://s/web/a.pdf")->user, L"bob") << "the longest";
+    EXPECT_EQ(accounts.Find(L"ann@http://s/web/a.pdf")->user, L"ann") << "whom the URL names";
+    EXPECT_FALSE(accounts.Find(L"http://other/"));
+
+    broad->user = L"eve";
+    EXPECT_EQ(accounts.Save(MakeObject<ScriptedAccount>(L"HTTP://S/", L"eve")), id) << "the same place";
+    broad->url = L"http://s/home/";
+    accounts.Update(id, broad);
+    EXPECT_EQ(urls(), L"http://s/home/,eve http://s/web/,bob ");
+    broad->user = L"half";
+    broad->refuses_to_save = true;
+    EXPECT_THROW(accounts.Update(id, broad), HostException);
+    EXPECT_EQ(urls(), L"http://s/home/,eve http://s/web/,bob ") << "nothing half saved";
+
+    EXPECT_TRUE(accounts.Remove(L"http://S/home/"));
+    EXPECT_FALSE(accounts.Remove(L"http://s/home/"));
+    accounts.Update(id, narrow);
+    EXPECT_EQ(urls(), L"http://s/web/,bob ") << "what was removed stays removed";
+    EXPECT_TRUE(accounts.Remove(L"http://s/web/"));
+    Store::Query left(*store, "SELECT count(*) FROM cab_node");
+    left.Step();
+    EXPECT_EQ(left.Integer(0), 0) << "no cab is left behind";
+}
+
 TEST_F(HostTest, FailsInWordsWithoutAModule) {
     try {
         m_host->Load();

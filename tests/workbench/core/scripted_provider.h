@@ -2,9 +2,11 @@
 
 // A provider of which the local copies need two answers: what a name is called, and what the server said of its file.
 
+#include "host/cab.h"
 #include "host/file_system.h"
 #include "host/object_bases.h"
 #include "platform/bstr.h"
+#include "platform/variant.h"
 #include "workbench/core/unsaved_copies.h"
 
 class ScriptedName final : public cCoClassUnknownT<KOV::IAFS_Name> {
@@ -35,6 +37,51 @@ public:
 
 private:
     const Stamp m_stamp;
+};
+
+/// A place as the provider keeps it: its URL and user in a cab.
+class ScriptedAccount final : public cCoClassDispatchT<KOV::IAFS_AccountData> {
+public:
+    explicit ScriptedAccount(std::wstring url, std::wstring user = {}) : url(std::move(url)), user(std::move(user)) {}
+    static constexpr std::string_view schema = "<CabTemplate><ItemSet id='T'><Item id='Url' type='String'/>"
+                                               "<Item id='User' type='String'/></ItemSet>"
+                                               "<Root id='A' type='Dictionary' itemSet='T'/></CabTemplate>";
+
+    HRESULT get_URL(BSTR* o_url) override {
+        *o_url = Bstr(std::wstring_view(url)).Detach();
+        return S_OK;
+    }
+    HRESULT get_UserName(BSTR* o_user_name) override {
+        *o_user_name = Bstr(std::wstring_view(user)).Detach();
+        return S_OK;
+    }
+    HRESULT SaveTo(KOV::IAUX_Cab* o_cab) override {
+        const HRESULT result = o_cab->SetTemplate2(schema.data(), static_cast<ULONG>(schema.size()), L"A");
+        if (SUCCEEDED(result)) {
+            Item(o_cab, L"Url")->put_String(url.c_str());
+            Item(o_cab, L"User")->put_String(user.c_str());
+        }
+        return refuses_to_save ? E_FAIL : result;
+    }
+    HRESULT VerifyURL(LPCWSTR i_url, LONG* o_result) override {
+        const std::wstring_view wanted = i_url;
+        *o_result = !user.empty() && wanted.starts_with(user + L"@" + url) ? 2 : wanted.find(url) != wanted.npos ? 1 : 0;
+        return S_OK;
+    }
+    HRESULT Reserved5(IUnknown**) override { return E_NOTIMPL; }
+    HRESULT Reserved6(IUnknown**) override { return E_NOTIMPL; }
+    HRESULT Reserved7(IUnknown**) override { return E_NOTIMPL; }
+
+    static ComPtr<KOV::IAUX_CabItem> Item(KOV::IAUX_Cab* cab, std::wstring_view key) {
+        const Variant name(key);
+        ComPtr<KOV::IAUX_CabItem> item;
+        cab->GetItem(&name, &item);
+        return item;
+    }
+
+    std::wstring url;
+    std::wstring user;
+    bool refuses_to_save = false;
 };
 
 class ScriptedProvider final : public cCoClassDispatchT<KOV::IAFS_FileSys> {
@@ -84,7 +131,15 @@ public:
     HRESULT ShowDlg(IUnknown*, KOV::IAFS_NamesCollection**) override { return E_NOTIMPL; }
     HRESULT SetProgressMon(KOV::IKOV_ProgressMon*) override { return E_NOTIMPL; }
     HRESULT GetProgressMon(DWORD, KOV::IKOV_ProgressMon**) override { return E_NOTIMPL; }
-    HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab*, DWORD, DWORD, DWORD, KOV::IAFS_AccountData**) override { return E_NOTIMPL; }
+    HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab* i_source_cab, DWORD, DWORD, DWORD,
+                          KOV::IAFS_AccountData** o_account_data) override {
+        Bstr url;
+        Bstr user;
+        ScriptedAccount::Item(i_source_cab, L"Url")->get_String(&url);
+        ScriptedAccount::Item(i_source_cab, L"User")->get_String(&user);
+        *o_account_data = MakeObject<ScriptedAccount>(url.Text(), user.Text()).Detach();
+        return S_OK;
+    }
     HRESULT get_DispName(BSTR*) override { return E_NOTIMPL; }
     HRESULT get_Icon(KOV::IKOV_MultiSizeImage**) override { return E_NOTIMPL; }
 };

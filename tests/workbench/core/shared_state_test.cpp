@@ -3,6 +3,7 @@
 #include <csignal>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -157,6 +158,32 @@ TEST(SharedState, AKillInTheMiddleOfASaveLosesNothing) {
         EXPECT_EQ(adopted->Size(), 10);
         EXPECT_FALSE(std::filesystem::exists(left->path));
     }
+}
+
+TEST(SharedState, AFullDiskRefusesTheWriteAndTheSaveUntilTheBytesAreThere) {
+    const FreshFolder folder;
+    EXPECT_EQ(RunProcess([&] {
+                  const auto store = std::make_shared<Store>(folder.Path() / "store.sqlite");
+                  const auto cache = std::make_shared<CacheFolder>(folder.Path(), store);
+                  const auto callbacks = MakeObject<ScriptedCallbacks>();
+                  callbacks->document = "server's";
+                  CacheEntry entry(cache, cache->MakeCopy(L"a.pdf"), {L"http://s/a.pdf", callbacks, Stamp{7, 8}, 8, {}});
+                  const std::string bytes(std::size_t{2} << 20, 'x');
+                  const auto write = [&] {
+                      return entry.Write(0, bytes.data(), static_cast<ULONG>(bytes.size()), nullptr, nullptr, nullptr);
+                  };
+                  std::signal(SIGXFSZ, SIG_IGN);
+                  rlimit limit{1 << 20, RLIM_INFINITY};
+                  setrlimit(RLIMIT_FSIZE, &limit);
+                  const auto details = MakeObject<StringObject>();
+                  const bool is_refused = FAILED(write()) && FAILED(entry.LocalError()) &&
+                                          FAILED(entry.Flush(details, nullptr)) && !TextOf(details).empty() &&
+                                          callbacks->document == "server's";
+                  limit.rlim_cur = RLIM_INFINITY;
+                  setrlimit(RLIMIT_FSIZE, &limit);
+                  return is_refused && write() == S_OK && entry.Flush(nullptr, nullptr) == S_OK && callbacks->document == bytes;
+              }),
+              0);
 }
 
 TEST(SharedState, CopiesOfARunningProgramAreLeftAloneAndThoseOfAnEndedOneRemoved) {
