@@ -24,7 +24,7 @@ struct ErrorRow {
     DWORD error;
 };
 constexpr ErrorRow error_rows[] = {
-    {CURLE_UNSUPPORTED_PROTOCOL, ERROR_INTERNET_UNRECOGNIZED_SCHEME},
+    {CURLE_UNSUPPORTED_PROTOCOL, ERROR_HTTP_INVALID_SERVER_RESPONSE},
     {CURLE_URL_MALFORMAT, ERROR_INTERNET_INVALID_URL},
     {CURLE_COULDNT_RESOLVE_PROXY, ERROR_INTERNET_NAME_NOT_RESOLVED},
     {CURLE_COULDNT_RESOLVE_HOST, ERROR_INTERNET_NAME_NOT_RESOLVED},
@@ -120,7 +120,7 @@ void Connection::ResetState(const Transfer& transfer) {
     m_cookie_lines.clear();
     m_limits = transfer.limits;
     m_error = ERROR_SUCCESS;
-    m_done = m_request_sent = m_body_seen = m_paused = m_discard = false;
+    m_done = m_bad_head = m_request_sent = m_body_seen = m_paused = m_discard = false;
     m_discarded = 0;
     m_spill.clear();
     m_spill_at = 0;
@@ -215,7 +215,7 @@ bool Connection::IsHeadReady() const noexcept {
 
 DWORD Connection::HeadResult() {
     const int status = m_head.Status();
-    const bool has_head = m_head.IsComplete() && m_request_sent && status >= 200;
+    const bool has_head = m_head.IsComplete() && !m_bad_head && m_request_sent && status >= 200;
     if (m_error == ERROR_SUCCESS) {
         return has_head ? ERROR_SUCCESS : ERROR_HTTP_INVALID_SERVER_RESPONSE;
     }
@@ -345,6 +345,7 @@ size_t Connection::TakeHeader(std::string_view line) {
     const bool was_complete = m_head.IsComplete();
     if (const DWORD error = m_head.AddLine(line); error != ERROR_SUCCESS) {
         m_error = error;
+        m_bad_head = true;
         return 0;
     }
     if (!was_complete && m_head.IsComplete() && m_request_sent) {

@@ -130,6 +130,7 @@ private:
     DWORD m_error = 0;
     bool m_active = false;
     bool m_done = false;
+    bool m_bad_head = false;
     bool m_request_sent = false;
     bool m_body_seen = false;
     bool m_paused = false;
