@@ -62,7 +62,12 @@ Descriptor OpenLocked(int folder, const std::string& name) {
         FailWith(errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : ErrorFromErrno(errno));
         return {};
     }
-    if (ftruncate(file.Get(), 0) != 0 || fchmod(file.Get(), 0600) != 0) {
+    // Removed between opening and locking: what is written would be in no folder.
+    if (fstat(file.Get(), &facts) != 0 || facts.st_nlink == 0) {
+        FailWith(ERROR_SHARING_VIOLATION);
+        return {};
+    }
+    if (fchmod(file.Get(), 0600) != 0 || ftruncate(file.Get(), 0) != 0) {
         FailWithErrno(errno);
         return {};
     }
@@ -143,8 +148,11 @@ BOOL DeleteFileW(LPCWSTR path) {
         Descriptor file;
         if (S_ISREG(facts.st_mode)) {
             file = Descriptor(openat(folder.Get(), name.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK));
-            if (file.IsOpen() && flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
-                return FailWith(ERROR_SHARING_VIOLATION);
+            if (!file.IsOpen()) {
+                return FailWithErrno(errno);
+            }
+            if (flock(file.Get(), LOCK_EX | LOCK_NB) != 0) {
+                return FailWith(errno == EWOULDBLOCK ? ERROR_SHARING_VIOLATION : ErrorFromErrno(errno));
             }
         }
         return unlinkat(folder.Get(), name.c_str(), 0) == 0 ? TRUE : FailWithErrno(errno);

@@ -39,23 +39,25 @@ std::string TempBase() {
     return "/tmp";
 }
 
-/// A folder of the user's own that nobody else can enter, and no link.
-bool IsPrivateFolder(const std::string& path) {
+/// Opens a folder of the user's own that nobody else can enter, and no link. Not open, with `errno` set, when it isn't that.
+Descriptor OpenPrivateFolder(const std::string& path) {
+    Descriptor folder(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
     struct stat facts {};
-    if (lstat(path.c_str(), &facts) != 0) {
-        FailWithErrno(errno);
-        return false;
+    if (!folder.IsOpen() || fstat(folder.Get(), &facts) != 0) {
+        // A link is told as "not a folder" here; it is the same refusal as a folder of somebody else's.
+        errno = errno == ENOTDIR || errno == ELOOP ? EACCES : errno;
+        return {};
     }
-    if (!S_ISDIR(facts.st_mode) || facts.st_uid != geteuid() || (facts.st_mode & 077) != 0) {
-        FailWith(ERROR_ACCESS_DENIED);
-        return false;
+    if (facts.st_uid != geteuid() || (facts.st_mode & 077) != 0) {
+        errno = EACCES;
+        return {};
     }
-    return true;
+    return folder;
 }
 
-/// Opens the parts of a path one by one below `base`, following no link.
+/// Opens the parts of a path one by one below the private folder `base`, following no link.
 Descriptor OpenBelow(const std::string& base, std::string_view rest) {
-    Descriptor folder(open(base.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+    Descriptor folder = OpenPrivateFolder(base);
     while (folder.IsOpen() && !rest.empty()) {
         const std::size_t slash = std::min(rest.find('/'), rest.size());
         const std::string part(rest.substr(0, slash));
@@ -80,7 +82,11 @@ std::string UserTempFolder() {
         FailWithErrno(errno);
         return {};
     }
-    return IsPrivateFolder(folder) ? folder : std::string();
+    if (!OpenPrivateFolder(folder).IsOpen()) {
+        FailWithErrno(errno);
+        return {};
+    }
+    return folder;
 }
 
 Descriptor OpenFolderOf(const std::string& path, std::string& out_name) {

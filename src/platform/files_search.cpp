@@ -84,11 +84,22 @@ bool Describe(const Search& search, const std::string& name, WIN32_FIND_DATAW* o
     return true;
 }
 
-/// The names in the folder that match. Names that have no wide form, or none short enough, can't be given.
-void ReadNames(Search& search, const std::wstring& mask) {
-    DIR* const stream = fdopendir(dup(search.folder.Get()));
+/// A stream over the folder with a descriptor of its own; null with `errno` set.
+DIR* OpenStream(const Descriptor& folder) {
+    const int copy = openat(folder.Get(), ".", O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    DIR* const stream = copy < 0 ? nullptr : fdopendir(copy);
+    if (stream == nullptr && copy >= 0) {
+        close(copy);
+    }
+    return stream;
+}
+
+/// The names in the folder that match. Names that have no wide form, or none short enough, can't be given. False, with `errno`
+/// set, when the folder can't be read.
+bool ReadNames(Search& search, const std::wstring& mask) {
+    DIR* const stream = OpenStream(search.folder);
     if (stream == nullptr) {
-        return;
+        return false;
     }
     while (const dirent* const entry = readdir(stream)) {
         try {
@@ -102,6 +113,7 @@ void ReadNames(Search& search, const std::wstring& mask) {
     }
     closedir(stream);
     std::sort(search.names.begin(), search.names.end());
+    return true;
 }
 
 struct Searches {
@@ -146,7 +158,10 @@ HANDLE FindFirstFileW(LPCWSTR mask, WIN32_FIND_DATAW* out_data) {
             FailWith(errno == ENOENT || errno == ENOTDIR ? ERROR_PATH_NOT_FOUND : ErrorFromErrno(errno));
             return INVALID_HANDLE_VALUE;
         }
-        ReadNames(*search, WideFromUtf8(name_mask));
+        if (!ReadNames(*search, WideFromUtf8(name_mask))) {
+            FailWithErrno(errno);
+            return INVALID_HANDLE_VALUE;
+        }
         if (!NextOf(*search, out_data)) {
             FailWith(ERROR_FILE_NOT_FOUND);
             return INVALID_HANDLE_VALUE;

@@ -2,7 +2,9 @@
 
 #include <cstdlib>
 #include <cstring>
+#include <map>
 #include <memory>
+#include <mutex>
 #include <new>
 
 #include "platform/errors_detail.h"
@@ -10,14 +12,28 @@
 
 namespace {
 
-constexpr std::uint32_t live_mark = 0x4B4C4221;
 constexpr DWORD error_not_locked = 158;
+
+/// The blocks that are there, so that a handle that never was one, or is one no more, is told without looking behind it.
+struct Blocks {
+    std::mutex lock;
+    std::map<void*, std::unique_ptr<MemoryBlock>> rows;
+};
+
+Blocks& AllBlocks() {
+    static Blocks blocks;
+    return blocks;
+}
 
 } // namespace
 
+MemoryBlock::~MemoryBlock() { std::free(data); }
+
 MemoryBlock* BlockOf(void* handle) noexcept {
-    auto* const block = static_cast<MemoryBlock*>(handle);
-    return block != nullptr && block->mark == live_mark ? block : nullptr;
+    Blocks& blocks = AllBlocks();
+    const std::lock_guard guard(blocks.lock);
+    const auto found = blocks.rows.find(handle);
+    return found == blocks.rows.end() ? nullptr : found->second.get();
 }
 
 bool ResizeBlock(MemoryBlock& block, std::size_t size) noexcept {
@@ -38,14 +54,21 @@ HGLOBAL GlobalAlloc(UINT flags, SIZE_T size) {
         FailWith(ERROR_INVALID_FLAGS);
         return nullptr;
     }
-    auto* const data = static_cast<unsigned char*>(std::calloc(1, size == 0 ? 1 : size));
-    std::unique_ptr<MemoryBlock> block(new (std::nothrow) MemoryBlock{live_mark, 0, size, data});
-    if (data == nullptr || block == nullptr) {
-        std::free(data);
+    try {
+        auto block = std::make_unique<MemoryBlock>();
+        if (!ResizeBlock(*block, size)) {
+            FailWith(ERROR_NOT_ENOUGH_MEMORY);
+            return nullptr;
+        }
+        const HGLOBAL handle = block.get();
+        Blocks& blocks = AllBlocks();
+        const std::lock_guard guard(blocks.lock);
+        blocks.rows.emplace(handle, std::move(block));
+        return handle;
+    } catch (const std::bad_alloc&) {
         FailWith(ERROR_NOT_ENOUGH_MEMORY);
         return nullptr;
     }
-    return block.release();
 }
 
 LPVOID GlobalLock(HGLOBAL handle) {
@@ -84,16 +107,14 @@ SIZE_T GlobalSize(HGLOBAL handle) {
 }
 
 HGLOBAL GlobalFree(HGLOBAL handle) {
-    MemoryBlock* const block = BlockOf(handle);
     if (handle == nullptr) {
         return nullptr;
     }
-    if (block == nullptr) {
+    Blocks& blocks = AllBlocks();
+    const std::lock_guard guard(blocks.lock);
+    if (blocks.rows.erase(handle) == 0) {
         FailWith(ERROR_INVALID_HANDLE);
         return handle;
     }
-    block->mark = 0;
-    std::free(block->data);
-    std::unique_ptr<MemoryBlock>{block}.reset();
     return nullptr;
 }

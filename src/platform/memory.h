@@ -26,7 +26,6 @@ extern "C" KOV_PLATFORM_API SIZE_T GlobalSize(HGLOBAL block);
 extern "C" KOV_PLATFORM_API HGLOBAL GlobalFree(HGLOBAL block);
 
 /// A stream that reads and writes `block` and grows it as needed; with a null `block` an empty one of its own. With
-/// `delete_on_release` the last reference frees the block, also when the stream can't be made no later than the caller
-/// would. `E_INVALIDARG` for a null `out_stream` or what isn't a block, `E_OUTOFMEMORY` without memory. Clones share the
-/// block; the stream has no lock.
+/// `delete_on_release` the last reference frees the block; when the call fails it stays the caller's. `E_INVALIDARG` for a
+/// null `out_stream` or what isn't a block, `E_OUTOFMEMORY` without memory. Clones share the block; the stream has no lock.
 extern "C" KOV_PLATFORM_API HRESULT CreateStreamOnHGlobal(HGLOBAL block, BOOL delete_on_release, IStream** out_stream);

@@ -5,10 +5,14 @@
 
 /// What a handle of `GlobalAlloc` stands for. For the sources of this folder alone.
 struct MemoryBlock {
-    std::uint32_t mark;
-    std::uint32_t locks;
-    std::size_t size;
-    unsigned char* data;
+    MemoryBlock() = default;
+    ~MemoryBlock();
+    MemoryBlock(const MemoryBlock&) = delete;
+    MemoryBlock& operator=(const MemoryBlock&) = delete;
+
+    std::uint32_t locks = 0;
+    std::size_t size = 0;
+    unsigned char* data = nullptr;
 };
 
 /// Null for what isn't a block.

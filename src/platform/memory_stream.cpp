@@ -14,7 +14,7 @@ constexpr HRESULT stg_invalid_function = MakeHResult(0x80030001);
 
 /// Frees the block with its last stream.
 struct SharedBlock {
-    SharedBlock(HGLOBAL block, bool owns) : handle(block), is_owned(owns) {}
+    explicit SharedBlock(HGLOBAL block) : handle(block) {}
     ~SharedBlock() {
         if (is_owned) {
             GlobalFree(handle);
@@ -25,7 +25,7 @@ struct SharedBlock {
     MemoryBlock& Block() const { return *BlockOf(handle); }
 
     HGLOBAL handle;
-    bool is_owned;
+    bool is_owned = false;
 };
 
 class MemoryStream final : public IStream {
@@ -72,11 +72,14 @@ public:
         }
         MemoryBlock& block = m_block->Block();
         const std::uint64_t end = m_position + size;
+        // A copy onto a clone hands over bytes of this very block, which moves when it grows.
+        const auto* source = static_cast<const unsigned char*>(data);
+        const std::ptrdiff_t own = source >= block.data && source < block.data + block.size ? source - block.data : -1;
         if (end > block.size && (end > std::numeric_limits<std::ptrdiff_t>::max() || !ResizeBlock(block, end))) {
             return E_OUTOFMEMORY;
         }
         if (size > 0) {
-            std::memcpy(block.data + m_position, data, size);
+            std::memmove(block.data + m_position, own >= 0 ? block.data + own : source, size);
         }
         m_position = end;
         if (out_written != nullptr) {
@@ -87,8 +90,9 @@ public:
     HRESULT Seek(LARGE_INTEGER offset, DWORD origin, ULARGE_INTEGER* out_position) override {
         const std::uint64_t size = m_block->Block().size;
         const std::uint64_t base = origin == STREAM_SEEK_CUR ? m_position : origin == STREAM_SEEK_END ? size : 0;
-        const std::int64_t target = static_cast<std::int64_t>(base) + offset.QuadPart;
-        if (origin > STREAM_SEEK_END || target < 0) {
+        std::int64_t target = 0;
+        if (origin > STREAM_SEEK_END ||
+            __builtin_add_overflow(static_cast<std::int64_t>(base), std::int64_t{offset.QuadPart}, &target) || target < 0) {
             return stg_invalid_function;
         }
         m_position = static_cast<std::uint64_t>(target);
@@ -161,15 +165,23 @@ HRESULT CreateStreamOnHGlobal(HGLOBAL block, BOOL delete_on_release, IStream** o
         return E_INVALIDARG;
     }
     *out_stream = nullptr;
-    const bool makes_block = block == nullptr;
-    const HGLOBAL used = makes_block ? GlobalAlloc(GMEM_MOVEABLE | GMEM_NODISCARD, 0) : block;
-    if (BlockOf(used) == nullptr) {
-        return makes_block ? E_OUTOFMEMORY : E_INVALIDARG;
+    if (block != nullptr && BlockOf(block) == nullptr) {
+        return E_INVALIDARG;
     }
     try {
-        auto shared = std::make_shared<SharedBlock>(used, makes_block || delete_on_release != FALSE);
-        *out_stream = ComPtr<IStream>(new (std::nothrow) MemoryStream(std::move(shared), 0)).Detach();
-        return *out_stream == nullptr ? E_OUTOFMEMORY : S_OK;
+        auto shared = std::make_shared<SharedBlock>(block);
+        if (block == nullptr) {
+            shared->handle = GlobalAlloc(GMEM_MOVEABLE | GMEM_NODISCARD, 0);
+            shared->is_owned = shared->handle != nullptr;
+        }
+        ComPtr<IStream> stream(shared->handle == nullptr ? nullptr : new (std::nothrow) MemoryStream(shared, 0));
+        if (stream.IsNull()) {
+            return E_OUTOFMEMORY;
+        }
+        // From here on; the caller of a failing call still owns the block.
+        shared->is_owned = shared->is_owned || delete_on_release != FALSE;
+        *out_stream = stream.Detach();
+        return S_OK;
     } catch (const std::bad_alloc&) {
         return E_OUTOFMEMORY;
     }

@@ -6,9 +6,11 @@
 #include <vector>
 
 #include <dlfcn.h>
+#include <link.h>
 #include <strings.h>
 
 #include "platform/errors_detail.h"
+#include "platform/files_detail.h"
 #include "platform/text.h"
 
 namespace {
@@ -52,11 +54,10 @@ constexpr char wininet_token = 0;
 
 bool SameType(LPCWSTR a, LPCWSTR b) { return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) == CSTR_EQUAL; }
 
+/// The address at which a module was loaded; null when the loader can't tell.
 void* BaseOf(void* library) {
-    struct LinkMap {
-        std::uintptr_t address;
-    };
-    return reinterpret_cast<void*>(static_cast<LinkMap*>(library)->address);
+    link_map* map = nullptr;
+    return dlinfo(library, RTLD_DI_LINKMAP, &map) == 0 ? reinterpret_cast<void*>(map->l_addr) : nullptr;
 }
 
 } // namespace
@@ -144,12 +145,13 @@ BOOL GetModuleHandleExW(DWORD flags, LPCWSTR address, HMODULE* out_module) {
 
 HMODULE LoadLibraryW(LPCWSTR path) {
     load_error.clear();
-    if (path == nullptr) {
+    // An empty name would stand for the program itself.
+    if (path == nullptr || *path == 0) {
         FailWith(ERROR_INVALID_PARAMETER);
         return nullptr;
     }
     try {
-        void* const library = dlopen(Utf8FromWide(path).c_str(), RTLD_NOW | RTLD_LOCAL);
+        void* const library = dlopen(NativePath(path).c_str(), RTLD_NOW | RTLD_LOCAL);
         if (library == nullptr) {
             const char* const reason = dlerror();
             load_error = WideFromUtf8(reason == nullptr ? "" : reason);

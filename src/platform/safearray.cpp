@@ -1,5 +1,6 @@
 #include "platform/safearray.h"
 
+#include <limits>
 #include <memory>
 #include <new>
 #include <vector>
@@ -24,7 +25,9 @@ Variant* ItemAt(SAFEARRAY* array, const LONG* index) {
 } // namespace
 
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_bound, ULONG count) {
-    if (type != VT_VARIANT) {
+    // The highest index has to be one too.
+    const std::int64_t highest = std::int64_t{lower_bound} + count - 1;
+    if (type != VT_VARIANT || highest > std::numeric_limits<LONG>::max() || highest < std::numeric_limits<LONG>::min()) {
         return nullptr;
     }
     try {

@@ -66,7 +66,9 @@ std::int64_t UnixSeconds(const SYSTEMTIME& t) {
 int Store(const icu::UnicodeString& text, LPWSTR buffer, int size) {
     std::wstring wide;
     for (int32_t i = 0; i < text.length(); i = text.moveIndex32(i, 1)) {
-        wide += static_cast<wchar_t>(text.char32At(i));
+        // Newer locale data puts a narrow blank before AM and PM, which many fonts show as a box.
+        const UChar32 c = text.char32At(i);
+        wide += c == 0x202F ? L' ' : static_cast<wchar_t>(c);
     }
     const int needed = static_cast<int>(wide.size()) + 1;
     if (size == 0) {
