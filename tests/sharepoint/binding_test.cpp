@@ -67,8 +67,8 @@ TEST(WebBinding, WebThatNoServerNamesIsInvalid) {
     LogRecorder log(LogLevel::error);
     server.Once("POST * status=500");
     EXPECT_EQ(create(server.WideUrl("a b").c_str()), E_INVALIDARG);
-    EXPECT_THAT(log.Messages(1), testing::Contains(testing::ContainsRegex(
-                                     L"^Webs.asmx/WebUrlFromPageUrl\\('http://111.1.1.1:1+/x%11x'\\) returned 500$")));
+    EXPECT_THAT(NarrowMessages(log, 1), testing::Contains(testing::ContainsRegex(
+                                            "^Webs.asmx/WebUrlFromPageUrl\\('http://111.1.1.1:1+/x%11x'\\) returned 500$")));
 }
 
 TEST(WebBinding, UrlIsBoundToWhatItIs) {
@@ -95,13 +95,14 @@ TEST(WebBinding, UrlIsBoundToWhatItIs) {
         {"sites/other", Type::any, false, false},
     };
     for (const Row& row : rows) {
-        const auto object = web->BindObject(server.WideUrl() + std::wstring(row.path, row.path + strlen(row.path)), row.type);
+        const auto object =
+            web->BindObject(server.WideUrl() + L"/" + std::wstring(row.path, row.path + strlen(row.path)), row.type);
         EXPECT_EQ(object != nullptr, row.is_bound) << row.path;
         EXPECT_EQ(object != nullptr && object->AsFile() != nullptr, row.is_file) << row.path;
         EXPECT_EQ(object != nullptr && object->AsFolder() != nullptr, row.is_bound && !row.is_file) << row.path;
     }
     EXPECT_EQ(web->BindObject(L"http://another/sites/a/x", Type::any), nullptr);
-    const auto file = web->BindObject(server.WideUrl() + L"sites/a/Docs/b%20 [1].pdf", Type::file);
+    const auto file = web->BindObject(server.WideUrl() + L"/sites/a/Docs/b%20 [1].pdf", Type::file);
     EXPECT_EQ(file->m_information.m_path, L"sites/a/Docs/b%20 [1].pdf");
     EXPECT_EQ(file->m_information.m_size, 5u);
     EXPECT_GT(file->m_information.m_modified_time, 0u);
@@ -170,8 +171,10 @@ TEST(WebBinding, SharingLinkIsResolvedByTheServer) {
                     "TimeLastModified,CheckedOutByUser/LoginName&$expand=CheckedOutByUser&@url='http%3A//127.0.0.1%3A" +
                     port + "/Docs/a.pdf%3Fshare%3Dabc'"));
     EXPECT_EQ(web->BindObject(link, Type::folder), nullptr);
+    server.Once("GET * page");
+    EXPECT_EQ(web->BindObject(link, Type::any), nullptr) << "a page in place of the record";
     server.Once("GET * garbage");
-    EXPECT_EQ(web->BindObject(link, Type::any), nullptr);
+    EXPECT_THROW(web->BindObject(link, Type::any), Exception) << "bytes that are no text";
     server.Once("GET * status=403");
     EXPECT_THROW(web->BindObject(link, Type::any), HttpException);
 }

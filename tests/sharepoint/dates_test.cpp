@@ -10,7 +10,7 @@ using namespace SharePoint2013::Utility;
 namespace {
 
 constexpr std::uint64_t second = 10'000'000;
-constexpr std::uint64_t moment = 133'252'450'920'000'000; // 2023-04-06 10:58:12 UTC
+constexpr std::uint64_t moment = 133'252'522'920'000'000; // 2023-04-06 10:58:12 UTC
 
 struct Row {
     const wchar_t* text;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 
+#include "frame/log_recorder.h"
 #include "http/session.h"
 #include "sharepoint/sharepoint.h"
 #include "sharepoint/web_2013.h"
@@ -25,6 +26,15 @@ inline std::vector<std::string> Requests(const TrialServer& server) {
         requests.push_back(request.method + " " + request.target);
     }
     return requests;
+}
+
+/// The messages of one level, as bytes.
+inline std::vector<std::string> NarrowMessages(const LogRecorder& log, unsigned level) {
+    std::vector<std::string> messages;
+    for (const std::wstring& message : log.Messages(level)) {
+        messages.emplace_back(message.begin(), message.end());
+    }
+    return messages;
 }
 
 using Type = SharePoint::Web::BindObjectType;
