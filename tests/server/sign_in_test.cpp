@@ -63,19 +63,6 @@ TEST(SignIn, FormsTellsProgramsWhereTheSignInPageIs) {
     EXPECT_EQ(Send({"GET", server.Origin() + "/", {"Cookie: " + server.SignIn("eve")}}).status, 200);
 }
 
-TEST(SignIn, NtlmHoldsForItsConnection) {
-    TrialServer server({.auth = TrialAuth::ntlm, .users = {{"ann", "secret"}, {"eve", "e", TrialRights::read}}});
-    server.Put("a.txt", "1");
-    EXPECT_EQ(Send({"GET", server.Url("a.txt")}).Header("WWW-Authenticate"), "NTLM");
-    EXPECT_EQ(Send({.method = "GET", .url = server.Url("a.txt"), .user = "ann:secret", .ntlm = true}).body, "1");
-    EXPECT_EQ(Send({.method = "GET", .url = server.Url("a.txt"), .user = "ann:wrong", .ntlm = true}).status, 401);
-    const Answer put =
-        Send({.method = "PUT", .url = server.Url("b"), .body = std::string(300000, 'x'), .user = "ann:secret", .ntlm = true});
-    EXPECT_EQ(put.status, 201);
-    EXPECT_EQ(server.Read("b").size(), 300000u);
-    EXPECT_EQ(Send({.method = "PUT", .url = server.Url("b"), .body = "x", .user = "eve:e", .ntlm = true}).status, 403);
-}
-
 TEST(SignIn, WithoutAccountsEverybodyIsOneUserWhoMayCheckOut) {
     TrialServer server;
     server.Put("a.txt", "1");
