@@ -118,6 +118,18 @@ void AddCommands(CLI::App& app, CommandSet set, CommandCall& call) {
     app.require_subcommand(1);
 }
 
+std::string RefusalOf(const CLI::App& app, const std::string& reason) {
+    if (!app.get_subcommands().empty()) {
+        return reason;
+    }
+    const std::vector<std::string> unknown = app.remaining();
+    if (!unknown.empty()) {
+        return unknown[0].starts_with("-") ? "there is no option '" + unknown[0] + "'"
+                                           : "there is no command '" + unknown[0] + "'";
+    }
+    return reason == "A subcommand is required" ? "no command is given; --help lists them" : reason;
+}
+
 CommandCall ParseCommand(CommandSet set, const std::vector<std::string>& words) {
     CommandCall call;
     CLI::App app;
@@ -129,7 +141,7 @@ CommandCall ParseCommand(CommandSet set, const std::vector<std::string>& words) 
     try {
         app.parse(std::vector<std::string>(words.rbegin(), words.rend()));
     } catch (const CLI::ParseError& error) {
-        throw UsageError(error.what());
+        throw UsageError(RefusalOf(app, error.what()));
     }
     return call;
 }

@@ -25,5 +25,8 @@ enum class CommandSet { command_line, script };
 /// Reads one command out of `words`. Throws UsageError with one line that says what is wrong.
 CommandCall ParseCommand(CommandSet set, const std::vector<std::string>& words);
 
+/// In one line what is wrong with words that a parser refused.
+std::string RefusalOf(const CLI::App& app, const std::string& reason);
+
 /// Adds the commands to a parser, so that its help lists them; what is parsed ends in `call`, which outlives the parser.
 void AddCommands(CLI::App& app, CommandSet set, CommandCall& call);

@@ -78,7 +78,9 @@ int ShowLog(const Context& context, const CommandCall&) {
     if (GetTempPathW(MAX_PATH, folder) == 0) {
         throw Failure{E_FAIL, L"There is no temporary folder, so there is no log."};
     }
-    const fs::path path = fs::path(Utf8FromWide(folder)) / "KOVD-SharePoint";
+    std::string temporary = Utf8FromWide(folder);
+    std::replace(temporary.begin(), temporary.end(), '\\', '/');
+    const fs::path path = fs::path(temporary) / "KOVD-SharePoint";
     std::vector<std::string> files;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(path, error)) {

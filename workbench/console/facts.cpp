@@ -32,7 +32,15 @@ Facts ReadFacts(const Context& context, KOV::IAFS_FileInfo* info, KOV::IAFS_Name
 
 Facts FactsOf(const Context& context, KOV::IAFS_Name* name) {
     ComPtr<KOV::IAFS_FileInfo> info;
-    Checked([&](KOV::IString* details) { return context.Provider()->GetFileInfo(name, details, context.Cancel(), &info); });
+    try {
+        Checked([&](KOV::IString* details) { return context.Provider()->GetFileInfo(name, details, context.Cancel(), &info); });
+    } catch (const Failure& failure) {
+        // The provider's answer to "nothing is there" is about its arguments; a person wants to hear of the location.
+        if (failure.result == E_INVALIDARG) {
+            context.output.WriteNote("kov-console: nothing was found at " + EncodeLocation(UrlOf(context.Provider(), name)));
+        }
+        throw;
+    }
     return ReadFacts(context, info, name);
 }
 

@@ -67,7 +67,7 @@ std::optional<Options> ParseOptions(int argc, char** argv) {
         app.exit(success, std::cout, std::cerr);
         return std::nullopt;
     } catch (const CLI::ParseError& error) {
-        throw UsageError(error.what());
+        throw UsageError(RefusalOf(app, error.what()));
     }
     for (const std::string& answer : answers) {
         options.answers.push_back(ParseAnswer(answer));

@@ -93,10 +93,16 @@ void Output::WriteBox(const Record& record, const std::string& text) {
 
 void Output::WriteFailure(HRESULT result, const std::wstring& message) {
     const std::string code = fmt::format("0x{:08x}", static_cast<std::uint32_t>(result));
-    const std::string text = Utf8OrReplacement(message);
+    std::string text = Utf8OrReplacement(message);
     if (m_json) {
         Line(stdout, ToJson("error", {{"hresult", code}, {"message", text}}));
     } else {
+        // The marks of bold type are for boxes.
+        for (const std::string_view mark : {"<b>", "</b>"}) {
+            for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
+                text.erase(at, mark.size());
+            }
+        }
         Line(stderr, fmt::format("kov-console: {}: {}", code, text));
     }
 }
