@@ -120,7 +120,68 @@ void EndSegment(Writer& out, size_t path_start, size_t start, bool is_last) noex
     }
 }
 
+/// The characters up to the next slash or the end, as they stand.
+const wchar_t* CopyRun(Writer& out, const wchar_t* at, const wchar_t* end) noexcept {
+    const wchar_t* const stop = static_cast<size_t>(end - at) < max_url - out.size ? end : at + (max_url - out.size);
+    wchar_t* to = out.text + out.size;
+    while (at != stop && *at != L'/' && *at != L'\\') {
+        *to++ = *at++;
+    }
+    out.size = static_cast<size_t>(to - out.text);
+    out.overflow |= at == stop && at != end;
+    return at;
+}
+
+/// A path without decoding, segment by segment; only one that begins with a dot needs a look.
+void WritePlainPath(Writer& out, const wchar_t* at, const wchar_t* end) noexcept {
+    const size_t path_start = out.size;
+    out.Put(L'/');
+    at += at != end ? 1 : 0;
+    for (;;) {
+        const size_t segment = out.size;
+        const bool may_be_dots = at != end && *at == L'.';
+        at = CopyRun(out, at, end);
+        const bool is_last = at == end || out.overflow;
+        if (may_be_dots) {
+            EndSegment(out, path_start, segment, is_last);
+        } else if (!is_last) {
+            out.Put(L'/');
+        }
+        if (is_last) {
+            return;
+        }
+        ++at;
+    }
+}
+
+/// No backslash, and no segment that begins with a dot.
+bool IsResolved(const wchar_t* at, const wchar_t* end) noexcept {
+    if (at == end || std::wmemchr(at, L'\\', static_cast<size_t>(end - at)) != nullptr) {
+        return false;
+    }
+    for (const wchar_t* dot = at + 1; dot != end; ++dot) {
+        dot = std::wmemchr(dot, L'.', static_cast<size_t>(end - dot));
+        if (dot == nullptr) {
+            return true;
+        }
+        if (dot[-1] == L'/') {
+            return false;
+        }
+    }
+    return true;
+}
+
 void WritePath(Writer& out, Reader path) noexcept {
+    if (!path.decode) {
+        const auto size = static_cast<size_t>(path.end - path.at);
+        if (size <= max_url - out.size && IsResolved(path.at, path.end)) {
+            std::wmemcpy(out.text + out.size, path.at, size);
+            out.size += size;
+        } else {
+            WritePlainPath(out, path.at, path.end);
+        }
+        return;
+    }
     const size_t path_start = out.size;
     out.Put(L'/');
     size_t segment = out.size;
@@ -140,6 +201,13 @@ void WritePath(Writer& out, Reader path) noexcept {
 }
 
 void WriteAuthority(Writer& out, const UrlParts& parts, bool decode) noexcept {
+    const auto size = static_cast<size_t>(parts.path - parts.authority);
+    if (!decode && size <= max_url - out.size) {
+        wchar_t* to = std::copy(parts.authority, parts.host, out.text + out.size);
+        std::transform(parts.host, parts.path, to, LowerAscii);
+        out.size += size;
+        return;
+    }
     Reader user{parts.authority, parts.host, decode, L"/\\?#"};
     wchar_t c = 0;
     while (user.Next(c)) {
@@ -151,8 +219,17 @@ void WriteAuthority(Writer& out, const UrlParts& parts, bool decode) noexcept {
     }
 }
 
+/// Without an early end, so that the compiler looks at several characters at once.
+bool HasControl(const wchar_t* begin, const wchar_t* end) noexcept {
+    unsigned found = 0;
+    for (; begin != end; ++begin) {
+        found |= static_cast<unsigned>(static_cast<char32_t>(*begin) < 0x20) | static_cast<unsigned>(*begin == 0x7F);
+    }
+    return found != 0;
+}
+
 DWORD Canonicalize(const wchar_t* begin, const wchar_t* end, bool decode, Writer& out) noexcept {
-    if (std::any_of(begin, end, [](wchar_t c) { return IsControl(c); })) {
+    if (HasControl(begin, end)) {
         return ERROR_INTERNET_INVALID_URL;
     }
     UrlParts parts;
@@ -167,7 +244,7 @@ DWORD Canonicalize(const wchar_t* begin, const wchar_t* end, bool decode, Writer
     out.Put(L'/');
     WriteAuthority(out, parts, decode);
     WritePath(out, Reader{parts.path, parts.extra, decode});
-    for (const wchar_t* c = parts.extra; c != end; ++c) {
+    for (const wchar_t* c = parts.extra; c != end && !out.overflow; ++c) {
         out.Put(*c);
     }
     return out.overflow ? ERROR_INSUFFICIENT_BUFFER : ERROR_SUCCESS;

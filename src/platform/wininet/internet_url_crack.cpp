@@ -68,10 +68,10 @@ DWORD SplitUrl(const wchar_t* begin, const wchar_t* end, UrlParts& out_parts) no
         }
     }
     out_parts.path = at;
-    while (at != end && *at != L'?' && *at != L'#') {
-        ++at;
-    }
-    out_parts.extra = at;
+    const wchar_t* fragment = std::wmemchr(at, L'#', static_cast<size_t>(end - at));
+    const wchar_t* const stop = fragment == nullptr ? end : fragment;
+    const wchar_t* query = std::wmemchr(at, L'?', static_cast<size_t>(stop - at));
+    out_parts.extra = query == nullptr ? stop : query;
     return ERROR_SUCCESS;
 }
 

@@ -163,7 +163,8 @@ long Resident() {
 
 TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
     constexpr size_t size = 32 * 1024 * 1024;
-    ScriptedServer server({{{"", Ok(std::string(size, 'x')), true, true}}});
+    const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n";
+    ScriptedServer server({{{"", head, true, true, false, false, size}}});
     Client client(server.Port());
     const Handle request = client.Open(L"GET", L"big");
     const long before = Resident();

@@ -28,6 +28,18 @@ bool SendAll(int socket, std::string_view bytes) {
     return true;
 }
 
+bool SendFiller(int socket, size_t size) {
+    const std::string block(65536, 'x');
+    while (size != 0) {
+        const size_t part = std::min(size, block.size());
+        if (!SendAll(socket, std::string_view(block).substr(0, part))) {
+            return false;
+        }
+        size -= part;
+    }
+    return true;
+}
+
 bool Receive(int socket, std::string& pending) {
     char buffer[65536];
     const ssize_t got = recv(socket, buffer, sizeof buffer, 0);
@@ -175,7 +187,7 @@ void ScriptedServer::Serve(int socket, int number) {
             }
             return;
         }
-        if (!SendAll(socket, exchange.reply)) {
+        if (!SendAll(socket, exchange.reply) || !SendFiller(socket, exchange.filler)) {
             return;
         }
         if (exchange.reset) {

@@ -23,6 +23,8 @@ struct Exchange {
     bool reset = false;
     /// Keeps silent until the other side goes away.
     bool hold = false;
+    /// As many bytes follow the reply, made while they are sent.
+    size_t filler = 0;
 };
 
 struct Received {
