@@ -121,6 +121,7 @@ void Host::Unload() {
     {
         const std::scoped_lock hold(m_lock);
         m_info_bars.clear();
+        m_settings.clear();
     }
     m_plugin.Release();
     FreeLibrary(std::exchange(m_module, nullptr));
@@ -225,12 +226,22 @@ HRESULT Host::GetPluginSettings(KOV::IKOV_Plugin* plugin, VARIANT_BOOL create, K
         return E_INVALIDARG;
     }
     return AtBorder(nullptr, [&] {
-        // A module that asks on another thread gets an object of its own on the same tree.
-        const auto root = FindStoredCab(*m_store, SettingsName(*plugin), create != VARIANT_FALSE);
+        const std::wstring name = SettingsName(*plugin);
+        {
+            const std::scoped_lock hold(m_lock);
+            if (const auto known = m_settings.find(name); known != m_settings.end()) {
+                known->second.CopyTo(out_settings);
+                return S_OK;
+            }
+        }
+        // Outside the lock: whoever holds the store may ask for the settings meanwhile.
+        const auto root = FindStoredCab(*m_store, name, create != VARIANT_FALSE);
         if (!root) {
             return S_OK;
         }
-        *out_settings = MakeCab(MakeStoredCabStorage(m_store), *root).Detach();
+        auto settings = MakeCab(MakeStoredCabStorage(m_store), *root);
+        const std::scoped_lock hold(m_lock);
+        m_settings.try_emplace(name, settings).first->second.CopyTo(out_settings);
         return *out_settings != nullptr ? S_OK : E_OUTOFMEMORY;
     });
 }

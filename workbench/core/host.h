@@ -114,6 +114,8 @@ private:
     std::mutex m_box_lock;
     std::mutex m_lock;
     std::vector<InfoBarKind> m_info_bars;
+    /// By the module's name. One cab object a module: it holds the schema that the module gave it.
+    std::map<std::wstring, ComPtr<KOV::IAUX_Cab>> m_settings;
     ComPtr<KOV::IKOV_Plugin> m_plugin;
     void* m_module = nullptr;
 };
