@@ -55,7 +55,7 @@ TEST_F(NameTest, TextsBecomeNamesBelowTheirParent) {
         {L"http://elsewhere.example/sites/x/c.pdf", E_INVALIDARG, L"null"},
         {unc + L"\\sites\\x\\Docs\\a.pdf", S_OK, Url("sites/x/Docs/a.pdf")},
         // A sharing link is held against the server alone.
-        {Url("") + L":w:/r/sites/y/doc.docx", S_OK, Url("") + L":w:/r/sites/y/doc.docx"},
+        {Url("") + L"/:w:/r/sites/y/doc.docx", S_OK, Url("") + L"/:w:/r/sites/y/doc.docx"},
     };
     for (const Row& row : rows) {
         ComPtr<KOV::IAFS_Name> name;

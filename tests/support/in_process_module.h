@@ -18,6 +18,8 @@
 #include "host/host_interfaces.h"
 #include "workbench/core/host.h"
 
+extern "C" HRESULT KOVE_GetPlugin(void* a, void* b, KOV::IKOV_Plugin** output_plugin);
+
 class ScriptedUser final : public Questions, public AccountPrompt {
 public:
     ~ScriptedUser() override {
@@ -59,7 +61,12 @@ public:
     InProcessModule() : m_folder(MakeFolder()) {
         host = MakeObject<Host>(HostOptions{.state_folder = m_folder / "state", .questions = &user, .account_prompt = &user},
                                 m_loop);
-        plugin = MakeObject<Plugin>();
+        // By the module's own way in, which also tells the rooms where their resources are.
+        ComPtr<KOV::IKOV_Plugin> root;
+        if (FAILED(KOVE_GetPlugin(nullptr, nullptr, &root))) {
+            throw std::runtime_error("the module has no root object");
+        }
+        plugin = static_cast<Plugin*>(root.Get());
         for (const HRESULT result :
              {plugin->Setup(host), plugin->RegisterExts(), plugin->FinalizeRegistering(), plugin->Init()}) {
             if (FAILED(result)) {
