@@ -10,8 +10,7 @@ namespace CabEncryptor {
 HRESULT SaveEncryptedString(Plugin* i_plugin, const CabNode& cab_node, const wchar_t* pzsFieldName, const wchar_t* value) {
     TRACE_ENTER();
     CHECK_OR_RETURN(i_plugin != nullptr, E_POINTER);
-    const CabNode field = cab_node[pzsFieldName];
-    field.SetString(L"");
+    cab_node[pzsFieldName].SetString(L"");
     if (value == nullptr || *value == L'\0') {
         TRACE_RETURN(S_OK);
     }
@@ -25,9 +24,10 @@ HRESULT SaveEncryptedString(Plugin* i_plugin, const CabNode& cab_node, const wch
     if (!pTokenEnc.IsNull()) {
         Bstr bsValue;
         CHECK_OR_RETURN(pTokenEnc->get_Value(&bsValue));
-        CHECK_OR_RETURN(!field.IsNull(), E_INVALIDARG);
-        const Variant v(bsValue.View());
-        CHECK_OR_RETURN(field.p->put_v(&v));
+        CHECK_OR_RETURN(!cab_node[pzsFieldName].IsNull(), E_INVALIDARG);
+        const Variant text(bsValue.View());
+        const VARIANT* const v = &text;
+        CHECK_OR_RETURN(cab_node[pzsFieldName].p->put_v(v));
     }
     TRACE_RETURN(S_OK);
 }
@@ -38,10 +38,9 @@ HRESULT LoadEncryptedString(Plugin* i_plugin, const CabNode& cab_node, const wch
     out_value.clear();
     ComPtr<KOV::IString> pToken;
     CHECK_OR_RETURN(i_plugin->m_aux_inst->CreateString(nullptr, &pToken));
-    const CabNode field = cab_node[pzsFieldName];
-    CHECK_OR_RETURN(!field.IsNull(), E_INVALIDARG);
+    CHECK_OR_RETURN(!cab_node[pzsFieldName].IsNull(), E_INVALIDARG);
     Bstr val;
-    CHECK_OR_RETURN(field.p->get_String(&val));
+    CHECK_OR_RETURN(cab_node[pzsFieldName].p->get_String(&val));
     CHECK_OR_RETURN(pToken->SetValue(val.m_str, val.Length()));
     ComPtr<KOV::IKOV_CryptKey> pCKey;
     CHECK_OR_RETURN(i_plugin->m_kov_inst->GetCryptKey(i_plugin, VARIANT_FALSE, &pCKey));
