@@ -25,20 +25,16 @@ std::wstring LocalText(KOV::IKOV_Inst* kov, LPCWSTR key) {
 /// Buttons or radio buttons with their numbers; holds what the host's records point at.
 class Items {
 public:
-    Items(KOV::IKOV_Inst* kov, const std::vector<LPCWSTR>& keys) {
-        m_titles.reserve(keys.size());
-        for (const LPCWSTR key : keys) {
-            m_titles.push_back(LocalText(kov, key));
-            m_items.push_back({.key = key, .title = m_titles.back().c_str()});
-            DWORD id = 0;
-            kov->Str2ID(key, VARIANT_TRUE, &id);
-            m_ids.push_back(id);
-        }
+    static Items Buttons(KOV::IKOV_Inst* kov, const std::vector<LPCWSTR>& keys) {
+        Items items(keys.size());
+        items.Add(L"ok", LocalText(kov, keys.front()), first_button_id);
+        items.AddOwn(kov, keys, 1);
+        return items;
     }
-
-    void MakeFirstOk() {
-        m_items.front().key = L"ok";
-        m_ids.front() = first_button_id;
+    static Items Radios(KOV::IKOV_Inst* kov, const std::vector<LPCWSTR>& keys) {
+        Items items(keys.size());
+        items.AddOwn(kov, keys, 0);
+        return items;
     }
 
     DWORD Count() const { return static_cast<DWORD>(m_items.size()); }
@@ -52,6 +48,23 @@ public:
     }
 
 private:
+    explicit Items(std::size_t count) { m_titles.reserve(count); }
+
+    /// The keys from `first` on, each with its own number.
+    void AddOwn(KOV::IKOV_Inst* kov, const std::vector<LPCWSTR>& keys, std::size_t first) {
+        for (std::size_t i = first; i < keys.size(); ++i) {
+            std::wstring title = LocalText(kov, keys[i]);
+            DWORD id = 0;
+            kov->Str2ID(keys[i], VARIANT_TRUE, &id);
+            Add(keys[i], std::move(title), id);
+        }
+    }
+    void Add(LPCWSTR key, std::wstring title, DWORD id) {
+        m_titles.push_back(std::move(title));
+        m_items.push_back({.key = key, .title = m_titles.back().c_str()});
+        m_ids.push_back(id);
+    }
+
     std::vector<std::wstring> m_titles;
     std::vector<KOV::MessageBoxItem> m_items;
     std::vector<DWORD> m_ids;
@@ -77,10 +90,11 @@ struct Answer {
 /// The record of one box, with all that it points at.
 class BoxRequest {
 public:
-    BoxRequest(KOV::IKOV_Inst* kov, DWORD flags, const std::wstring& message) : m_kov(kov), m_icon(BoxIcon(kov, flags)) {
+    BoxRequest(KOV::IKOV_Inst* kov, DWORD flags, const std::wstring& message) : m_kov(kov) {
         m_box.size = sizeof(m_box);
         m_box.flags = flags | fixed_flags;
         m_box.owner = OwnerWindow(kov);
+        m_icon = BoxIcon(kov, flags);
         m_box.icon = m_icon;
         m_box.message = message.c_str();
     }
@@ -134,8 +148,7 @@ int Ui::ShowClassicMessageBox(KOV::IKOV_Inst* kov, DWORD flags, const std::wstri
     if (buttons.empty()) {
         buttons.push_back(L"btn.close");
     }
-    Items button_items(kov, buttons);
-    button_items.MakeFirstOk();
+    const Items button_items = Items::Buttons(kov, buttons);
     request.SetButtons(button_items, default_index);
     if (check_value != nullptr) {
         request.SetCheckBox(check_text_id, *check_value);
@@ -143,7 +156,7 @@ int Ui::ShowClassicMessageBox(KOV::IKOV_Inst* kov, DWORD flags, const std::wstri
     if (edit_label_id != nullptr) {
         request.SetEditLine(edit_label_id, edit_value);
     }
-    const Items radio_items(kov, radios);
+    const Items radio_items = Items::Radios(kov, radios);
     if (!radios.empty()) {
         request.SetRadios(radio_items, radio_value != nullptr ? *radio_value : 0);
     }
