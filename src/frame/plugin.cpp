@@ -106,7 +106,8 @@ HRESULT Plugin::RegisterExts() {
 HRESULT Plugin::FinalizeRegistering() {
     TRACE_ENTER();
     INTERFACE_TRY
-    if (const ComPtr<IStream> stream = OpenResourceStream(string_table_resource, L"XML"); !stream.IsNull()) {
+    const ComPtr<IStream> stream = OpenResourceStream(string_table_resource, L"XML");
+    if (!stream.IsNull()) {
         m_kov_inst->LoadLocalizationStream(stream);
     }
     m_kov_inst->Str2ID(L"ibar.sharepoint", VARIANT_TRUE, &m_info_bar_id);
