@@ -4,6 +4,7 @@
 #include "platform/errors.h"
 #include "platform/memory.h"
 #include "platform/text.h"
+#include "scripted_plugin.h"
 #include "scripted_provider.h"
 #include "workbench/core/documents.h"
 #include "workbench/core/extensions.h"
@@ -136,6 +137,25 @@ TEST_F(HostTest, KeepsPlacesAndFindsTheOneOfALocation) {
     Store::Query left(*store, "SELECT count(*) FROM cab_node");
     left.Step();
     EXPECT_EQ(left.Integer(0), 0) << "no cab is left behind";
+}
+
+TEST_F(HostTest, SettingsKeepTheSchemaThatTheModuleGaveThemWheneverItAsksForThem) {
+    constexpr std::string_view schema = "<CabTemplate><ItemSet id='T'><Item id='Places' type='Array' itemSet='P'/></ItemSet>"
+                                        "<ItemSet id='P'><Item type='Dictionary' itemSet='D'/></ItemSet>"
+                                        "<ItemSet id='D'><Item id='Url' type='String'/></ItemSet>"
+                                        "<Root id='Root' type='Dictionary' itemSet='T'/></CabTemplate>";
+    const auto plugin = MakeObject<ScriptedPlugin>();
+    ComPtr<KOV::IAUX_Cab> settings;
+    EXPECT_EQ(m_host->GetPluginSettings(plugin, VARIANT_FALSE, &settings), S_OK);
+    EXPECT_TRUE(settings.IsNull()) << "none yet, and that is no failure";
+    ASSERT_EQ(m_host->GetPluginSettings(plugin, VARIANT_TRUE, &settings), S_OK);
+    ASSERT_EQ(settings->SetTemplate2(schema.data(), static_cast<ULONG>(schema.size()), L"Root"), S_OK);
+    ASSERT_EQ(m_host->GetPluginSettings(plugin, VARIANT_FALSE, &settings), S_OK);
+    ComPtr<KOV::IAUX_CabItem> place;
+    ASSERT_EQ(ScriptedAccount::Item(settings, L"Places")->AddNew(&place), S_OK);
+    const Variant key(std::wstring_view(L"Url"));
+    ComPtr<KOV::IAUX_CabItem> url;
+    EXPECT_EQ(place->GetItem(&key, &url), S_OK);
 }
 
 TEST_F(HostTest, FailsInWordsWithoutAModule) {
