@@ -25,7 +25,8 @@ struct CabEncryptorTest : testing::Test {
 };
 
 TEST_F(CabEncryptorTest, SecretsComeBackAndAreNeverStoredPlain) {
-    for (const wchar_t* secret : {L"secret", L"correct horse", L"p\u00e4ss\u4e2d\U0001F600", L"Cookie: FedAuth=abc; rtFa=def\n"}) {
+    for (const wchar_t* secret :
+         {L"secret", L"correct horse", L"p\u00e4ss\u4e2d\U0001F600", L"Cookie: FedAuth=abc; rtFa=def\n"}) {
         ASSERT_EQ(Save(secret), S_OK);
         EXPECT_NE(Stored(), L"");
         EXPECT_EQ(Stored().find(secret), std::wstring::npos);
