@@ -62,7 +62,13 @@ DWORD SplitUrl(const wchar_t* begin, const wchar_t* end, UrlParts& out_parts) no
     at += 3;
     out_parts.authority = at;
     out_parts.host = at;
-    for (; at != end && !IsSlash(*at) && *at != L'?' && *at != L'#'; ++at) {
+    for (; at != end; ++at) {
+        if (*at > L'\\') {
+            continue; // no mark stands behind it, so that one comparison does for most letters of a host
+        }
+        if (IsSlash(*at) || *at == L'?' || *at == L'#') {
+            break;
+        }
         if (*at == L'@') {
             out_parts.host = at + 1;
         }
