@@ -96,7 +96,7 @@ TEST_F(OpenDocument, DispositionsDecideOverExistingAndMissingFiles) {
         {L"Docs/a.pdf", FileRead | KOV::AFS_OpenFile_OpenAlways, S_OK},
         {L"Docs/made 1.pdf", FileRead | KOV::AFS_OpenFile_OpenAlways, S_OK},
         {L"Docs/a.pdf", FileWrite | KOV::AFS_OpenFile_CreateNew, file_exists},
-        {L"New/made 2.pdf", FileWrite | KOV::AFS_OpenFile_CreateNew, S_OK},
+        {L"Docs/New/made 2.pdf", FileWrite | KOV::AFS_OpenFile_CreateNew, S_OK},
         {L"Docs/made 3.pdf", FileWrite | KOV::AFS_OpenFile_CreateAlways, S_OK},
         {L"Docs/none.pdf", FileRead | KOV::AFS_OpenFile_CreateAlways, E_FAIL},
         {L"Docs/none.pdf", FileWrite | KOV::AFS_OpenFile_OpenAlways | KOV::AFS_OpenFile_CreateNew, E_INVALIDARG},
@@ -106,7 +106,7 @@ TEST_F(OpenDocument, DispositionsDecideOverExistingAndMissingFiles) {
         EXPECT_EQ(outcome.result, row.result) << Utf8FromWide(row.path) << " " << std::hex << row.flags << " " << outcome;
         EXPECT_EQ(m_file == nullptr, FAILED(row.result));
     }
-    for (const char* made : {"Docs/made 1.pdf", "New/made 2.pdf", "Docs/made 3.pdf"}) {
+    for (const char* made : {"Docs/made 1.pdf", "Docs/New/made 2.pdf", "Docs/made 3.pdf"}) {
         EXPECT_TRUE(m_server.Exists(made)) << made;
     }
     EXPECT_FALSE(m_server.Exists("Docs/none.pdf"));

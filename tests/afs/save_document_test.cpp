@@ -64,13 +64,17 @@ TEST_F(SaveDocument, SizeAloneUploadsNothing) {
 }
 
 TEST_F(SaveDocument, SaveKeepsLocalCopyWhenServerRefuses) {
-    for (const char* fault : {"PUT * status=503", "PUT * reset", "PUT * status=423"}) {
-        SCOPED_TRACE(fault);
+    const struct {
+        const char* fault;
+        std::size_t times;
+    } rows[] = {{"PUT * status=503", 1}, {"PUT * status=423", 1}, {"PUT * reset", 2}, {"PUT * redirect=/elsewhere", 1}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.fault);
         ASSERT_EQ(Reopen(m_file, FileRead | FileWrite).result, S_OK);
-        const std::string content = std::string("changed under ") + fault;
+        const std::string content = std::string("changed under ") + row.fault;
         WriteAll(m_file, content);
         const std::string before = m_server.Read("Docs/a.pdf");
-        m_server.Once(fault);
+        m_server.Times(row.times, row.fault);
         const Outcome outcome = Flush(m_file);
         EXPECT_LT(outcome.result, 0);
         EXPECT_FALSE(outcome.details.empty());
@@ -81,6 +85,20 @@ TEST_F(SaveDocument, SaveKeepsLocalCopyWhenServerRefuses) {
         m_server.ClearFaults();
         EXPECT_EQ(Flush(m_file).result, S_OK); // still unsaved, so this uploads
         EXPECT_EQ(m_server.Read("Docs/a.pdf"), content);
+    }
+}
+
+TEST_F(SaveDocument, UploadOnAConnectionThatTheServerEndedIsSentAgain) {
+    ASSERT_EQ(Reopen(m_file, FileRead | FileWrite).result, S_OK);
+    for (const std::size_t size : {6, 1'000'000}) {
+        const std::string content(size, 'x');
+        WriteAll(m_file, content);
+        m_server.Once("PUT * reset");
+        m_server.ClearJournal();
+        const Outcome outcome = Flush(m_file);
+        EXPECT_EQ(outcome.result, S_OK) << outcome;
+        EXPECT_EQ(m_server.Count("PUT"), 2u);
+        EXPECT_TRUE(m_server.Read("Docs/a.pdf") == content);
     }
 }
 
