@@ -108,6 +108,29 @@ TEST(Writes, RefusedWriteKeepsItsStatus) {
     EXPECT_FALSE(server.Exists("Docs/a.pdf"));
 }
 
+TEST(Writes, SuccessThatNamesAFailedEntryIsAFailure) {
+    TrialServer server({.auth = TrialAuth::basic, .users = {{"ann", "secret"}, {"bob", "secret"}}});
+    server.Put("Docs/old/free.pdf", "x");
+    server.Put("Docs/old/held.pdf", "x");
+    server.SetHolder("Docs/old/held.pdf", "bob");
+    const auto web = WebOn(server, "", {L"ann", L"secret"});
+    const auto folder = web->BindObject(server.WideUrl("Docs/old"), Type::folder);
+    const auto expect_failure = [](const std::wstring& words, const auto& write) {
+        try {
+            write();
+            ADD_FAILURE() << "the failed entry got lost";
+        } catch (const HttpException& exception) {
+            ADD_FAILURE() << "the whole was refused with " << exception.status;
+        } catch (const Exception& exception) {
+            EXPECT_EQ(exception.message, words);
+        }
+    };
+    expect_failure(L"DELETE of 'Docs/old' was not done for all objects", [&] { folder->Delete(); });
+    EXPECT_EQ(server.Journal().back().status, 207);
+    EXPECT_TRUE(server.Exists("Docs/old/held.pdf"));
+    expect_failure(L"MOVE of 'Docs/old' was not done for all objects", [&] { folder->Rename(server.WideUrl("Docs/new")); });
+}
+
 TEST(Writes, ContentComesAndGoesAsAStream) {
     TrialServer server;
     server.Put("Docs/a b.pdf", "old");
