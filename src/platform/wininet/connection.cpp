@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <cstring>
 
 #include <pthread.h>
@@ -56,10 +57,14 @@ DWORD ErrorOf(CURLcode code, CURL* easy) noexcept {
     return ERROR_INTERNET_INTERNAL_ERROR;
 }
 
-/// A write to a closed TLS connection raises SIGPIPE; it is held off for this thread alone and taken away.
+/// A write to a closed TLS connection raises SIGPIPE; it is held off for this thread alone and taken away. Plain sockets
+/// are written to without that signal.
 class NoBrokenPipeSignal {
 public:
-    NoBrokenPipeSignal() {
+    explicit NoBrokenPipeSignal(bool is_needed) : m_is_needed(is_needed) {
+        if (!m_is_needed) {
+            return;
+        }
         sigemptyset(&m_signal);
         sigaddset(&m_signal, SIGPIPE);
         sigset_t pending;
@@ -68,6 +73,9 @@ public:
         pthread_sigmask(SIG_BLOCK, &m_signal, &m_old);
     }
     ~NoBrokenPipeSignal() {
+        if (!m_is_needed) {
+            return;
+        }
         constexpr timespec at_once{};
         if (!m_was_pending) {
             sigtimedwait(&m_signal, nullptr, &at_once);
@@ -80,6 +88,7 @@ public:
 private:
     sigset_t m_signal;
     sigset_t m_old;
+    bool m_is_needed;
     bool m_was_pending = false;
 };
 
@@ -92,7 +101,7 @@ void Connection::MultiDeleter::operator()(CURLM* multi) const { curl_multi_clean
 Connection::Connection() { SetUpOnce(); }
 
 Connection::~Connection() {
-    const NoBrokenPipeSignal guard;
+    const NoBrokenPipeSignal guard(m_uses_tls);
     if (m_active) {
         curl_multi_remove_handle(m_multi.get(), m_easy.get());
     }
@@ -103,6 +112,7 @@ Connection::~Connection() {
 DWORD Connection::Start(const Transfer& transfer) {
     Stop();
     ResetState(transfer);
+    m_uses_tls = m_uses_tls || (transfer.use_proxy && HasTlsProxy()) || transfer.url.starts_with("https");
     SetUpTransfer(transfer);
     if (!SetUpLines(transfer.lines)) {
         return ERROR_NOT_ENOUGH_MEMORY;
@@ -183,7 +193,10 @@ DWORD Connection::Drive(Goal reached) {
     if (!m_active) {
         return ERROR_INTERNET_INCORRECT_HANDLE_STATE;
     }
-    const NoBrokenPipeSignal guard;
+    if (m_done) {
+        return ERROR_SUCCESS;
+    }
+    const NoBrokenPipeSignal guard(m_uses_tls);
     Touch();
     while (Perform() && !m_done && !reached()) {
         constexpr int longest_wait = 1000;
@@ -309,7 +322,7 @@ void Connection::Stop() {
     if (!m_active) {
         return;
     }
-    const NoBrokenPipeSignal guard;
+    const NoBrokenPipeSignal guard(m_uses_tls);
     if (!m_done && IsHeadReady() && !m_is_upload) {
         m_discard = true;
         m_spill.clear();

@@ -129,6 +129,8 @@ private:
     std::chrono::steady_clock::time_point m_last_activity;
     DWORD m_error = 0;
     bool m_active = false;
+    /// Some transfer of this connection may have gone through TLS, to the server or to a proxy of the environment.
+    bool m_uses_tls = false;
     bool m_done = false;
     bool m_bad_head = false;
     bool m_request_sent = false;

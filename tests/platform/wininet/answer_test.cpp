@@ -162,7 +162,7 @@ long Resident() {
 }
 
 TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
-    constexpr size_t size = 32 * 1024 * 1024;
+    constexpr size_t size = 64 * 1024 * 1024;
     const std::string head = "HTTP/1.1 200 OK\r\nContent-Length: " + std::to_string(size) + "\r\n\r\n";
     ScriptedServer server({{{"", head, true, true, false, false, size}}});
     Client client(server.Port());
@@ -177,7 +177,7 @@ TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
         total += got;
     } while (got != 0);
     EXPECT_EQ(total, size);
-    EXPECT_LT(Resident() - before, 8 * 1024);
+    EXPECT_LT(Resident() - before, 32 * 1024) << "half of the body, since sanitizers keep some memory of their own";
 }
 
 } // namespace
