@@ -4,6 +4,7 @@
 #include "server/wire/http_text.h"
 #include "server/wire/request_reader.h"
 
+#include <utility>
 #include <vector>
 
 namespace trial {
@@ -159,7 +160,10 @@ bool Conversation::ServeNext() {
     const std::string fault_path = DecodeRequestPath(raw).value_or(std::string(raw));
     const std::optional<Fault> fault = m_settings.faults.Take(request.method, fault_path);
     JournalEntry entry{request.method, request.target, request.headers.Lines(), {}, 0, {}, 0};
+    bool is_recorded = false;
     const auto keep_record = [&](int status) {
+        if (std::exchange(is_recorded, true))
+            return;
         record.FinishInto(entry);
         entry.status = status;
         if (m_settings.journal.IsOn())

@@ -78,6 +78,11 @@ TEST(Wire, ARefusedUploadIsAnsweredAndItsConnectionGoesOn) {
                                     false);
     EXPECT_THAT(all, StartsWith("HTTP/1.1 401"));
     EXPECT_NE(all.find("HTTP/1.1 401", 12), all.npos);
+    // A client that stops sending when it hears no is one request on record, and not two.
+    server.ClearJournal();
+    SendRaw(server.Port(), "PUT /a HTTP/1.1\r\nHost: x\r\nContent-Length: 9000000\r\n\r\n" + body);
+    ASSERT_EQ(server.Journal().size(), 1u);
+    EXPECT_EQ(server.Journal()[0].status, 401);
     // Who asks first sends nothing in vain.
     const std::string polite =
         SendRaw(server.Port(), "PUT /a HTTP/1.1\r\nHost: x\r\nExpect: 100-continue\r\nContent-Length: 3000000\r\n\r\n", false);
