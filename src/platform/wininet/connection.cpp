@@ -92,6 +92,20 @@ private:
     bool m_was_pending = false;
 };
 
+/// The environment names a proxy that is itself reached through TLS.
+bool HasTlsProxy() {
+    static const bool has_one = [] {
+        for (const char* name : {"http_proxy", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY"}) {
+            const char* proxy = std::getenv(name);
+            if (proxy != nullptr && SameName(std::string_view(proxy).substr(0, 6), "https:")) {
+                return true;
+            }
+        }
+        return false;
+    }();
+    return has_one;
+}
+
 } // namespace
 
 void Connection::EasyDeleter::operator()(CURL* easy) const { curl_easy_cleanup(easy); }
