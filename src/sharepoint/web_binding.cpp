@@ -136,7 +136,11 @@ std::vector<std::shared_ptr<SharePoint::Object>> Web::Enumerate(const std::wstri
     const std::wstring server = m_http->GetUri();
     std::vector<std::shared_ptr<SharePoint::Object>> objects;
     bool is_folder_met = false;
-    for (const pugi::xml_node response : document.child(L"D:multistatus").children(L"D:response")) {
+    pugi::xml_node multi_status = document.child(L"D:multistatus");
+    pugi::xml_node next = multi_status.child(L"D:response");
+    // Each element makes room for the object that is made of it, so that a long listing never stands in memory twice.
+    for (pugi::xml_node response = next; response; multi_status.remove_child(response), response = next) {
+        next = response.next_sibling(L"D:response");
         SharePoint::Information information;
         bool is_folder = false;
         if (!Utility::ParseWebDavPropfind(response, server.c_str(), information, is_folder)) {
