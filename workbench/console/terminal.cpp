@@ -13,37 +13,11 @@
 
 namespace {
 
-/// The comment of a check-in goes into an XML body as the box returns it, so this host shows it plain and returns it escaped.
-constexpr const wchar_t* comment_label = L"sp.lb.checkInComment";
-
-constexpr std::pair<const wchar_t*, const wchar_t*> escapes[] = {{L"&", L"&amp;"}, {L"<", L"&lt;"}};
-
 std::wstring Replaced(std::wstring text, const std::wstring& from, const std::wstring& to) {
     for (std::size_t at = text.find(from); at != std::wstring::npos; at = text.find(from, at + to.size())) {
         text.replace(at, from.size(), to);
     }
     return text;
-}
-
-bool IsComment(const BoxEdit& edit) { return edit.label.key == comment_label; }
-
-std::wstring ShownEdit(const BoxEdit& edit) {
-    std::wstring text = edit.text;
-    if (IsComment(edit)) {
-        for (auto escape = std::rbegin(escapes); escape != std::rend(escapes); ++escape) {
-            text = Replaced(text, escape->second, escape->first);
-        }
-    }
-    return text;
-}
-
-std::wstring ReturnedEdit(const BoxEdit& edit, std::wstring typed) {
-    if (IsComment(edit)) {
-        for (const auto& [plain, escaped] : escapes) {
-            typed = Replaced(typed, plain, escaped);
-        }
-    }
-    return typed;
 }
 
 /// A text without marks for bold type and accelerators, as a terminal shows it.
@@ -80,7 +54,7 @@ Record BoxRecord(const Box& box, const BoxAnswer& answer) {
         record.push_back({"radios", Keys(box.radios)});
     }
     if (box.edit) {
-        record.push_back({"edit", Utf8FromWide(ShownEdit(*box.edit))});
+        record.push_back({"edit", Utf8FromWide(box.edit->text)});
     }
     record.push_back({"answer", answer.button ? FieldValue(static_cast<std::int64_t>(*answer.button)) : FieldValue(nullptr)});
     return record;
@@ -95,7 +69,7 @@ std::string BoxText(const Box& box) {
         text += fmt::format("\n  ({}) radio={}: {}", i == box.radio ? "*" : " ", i, Plain(box.radios[i].title));
     }
     if (box.edit) {
-        text += fmt::format("\n  {} {}", Plain(box.edit->label.title), Utf8FromWide(ShownEdit(*box.edit)));
+        text += fmt::format("\n  {} {}", Plain(box.edit->label.title), Utf8FromWide(box.edit->text));
     }
     if (box.check) {
         text += fmt::format("\n  [{}] check: {}", box.check->is_checked ? "x" : " ", Plain(box.check->item.title));
@@ -173,7 +147,7 @@ BoxAnswer Terminal::Apply(const Box& box, const Answer& answer) {
     result.is_checked = box.check && answer.check;
     result.radio = answer.radio.value_or(box.radio);
     if (box.edit && answer.edit) {
-        result.edit = ReturnedEdit(*box.edit, WideFromUtf8(*answer.edit));
+        result.edit = WideFromUtf8(*answer.edit);
     }
     return result;
 }
