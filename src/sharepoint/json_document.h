@@ -25,11 +25,7 @@ struct JsonDocument {
     JsonDocument& operator=(const JsonDocument&) = delete;
 
     /// Parses without recursion, so that a deeply nested text does no harm. False when it isn't JSON.
-    bool Parse(std::wstring body) {
-        text = std::move(body);
-        root.ParseInsitu<rapidjson::kParseInsituFlag | rapidjson::kParseIterativeFlag>(text.data());
-        return !root.HasParseError();
-    }
+    bool Parse(std::wstring body);
 
     std::wstring text;
     rapidjson::GenericDocument<rapidjson::UTF16<wchar_t>> root;
