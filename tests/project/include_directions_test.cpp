@@ -44,7 +44,7 @@ const std::vector<Room> rooms = {
     {"src/frame",
      {"platform", "host", "host/tools", "frame/diagnostics", "frame/values", "frame", "frame/plugin.h", "settings", "afs",
       "editor"}},
-    {"workbench", {"platform", "host", "workbench"}},
+    {"workbench", {"platform", "host", "workbench", "workbench/core"}},
     {"workbench/core", {"platform", "host", "workbench/core"}},
     {"server", {"platform", "host", "server"}},
 };

@@ -56,6 +56,12 @@ MainLoop::Clock::time_point DeadlineOf(const Options& options) {
     return MainLoop::Clock::now() + std::chrono::milliseconds(static_cast<std::int64_t>(*options.timeout_seconds * 1000));
 }
 
+/// One line on standard error.
+int Fail(int exit_code, const std::string& text) {
+    fmt::print(stderr, "kov-console: {}\n", text);
+    return exit_code;
+}
+
 /// Runs the command and says why it failed.
 int RunGuarded(const Context& context, const CommandCall& call) {
     try {
@@ -66,6 +72,10 @@ int RunGuarded(const Context& context, const CommandCall& call) {
     } catch (const HostException& failure) {
         context.output.WriteFailure(failure.Result(), WideFromUtf8(failure.what()));
         return ExitCodeOf(failure.Result());
+    } catch (const UsageError& error) {
+        return Fail(exit_usage, error.what());
+    } catch (const std::range_error&) {
+        return Fail(exit_usage, "an argument isn't UTF-8");
     }
 }
 
@@ -102,11 +112,6 @@ int Run(const Options& options) {
     }
     host->Unload();
     cancel_flag = nullptr;
-    return exit_code;
-}
-
-int Fail(int exit_code, const std::string& text) {
-    fmt::print(stderr, "kov-console: {}\n", text);
     return exit_code;
 }
 

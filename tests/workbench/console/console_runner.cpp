@@ -90,8 +90,9 @@ void ConsoleUser::WriteFile(const std::string& name, const std::string& bytes) c
 std::string ConsoleUser::ReadFile(const std::string& name) const { return Contents(Path(name)); }
 
 bool ConsoleUser::StateHolds(const std::string& bytes) const {
-    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder / "state")) {
-        if (entry.is_regular_file() && Contents(entry.path()).find(bytes) != std::string::npos) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder / "state", error)) {
+        if (entry.is_regular_file(error) && Contents(entry.path()).find(bytes) != std::string::npos) {
             return true;
         }
     }

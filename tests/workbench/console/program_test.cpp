@@ -117,21 +117,22 @@ TEST_F(Program, KeepsWhatARefusedSaveDidNotDeliverAndOffersItAgain) {
 }
 
 TEST_F(Program, FindsItsWorkAgainAfterItWasKilledInTheMiddleOfASave) {
-    ann.WriteFile("new.pdf", std::string(200'000, 'y'));
-    server.Once("PUT * delay=60000");
-    server.ClearJournal();
-    const pid_t child = ann.Start({"put", ann.Path("new.pdf").string(), Url()});
-    // The request is on record before the server waits with its answer.
-    while (server.Count("PUT") == 0 && waitpid(child, nullptr, WNOHANG) == 0) {
+    TrialServer slow({.auth = TrialAuth::basic, .users = {{"ann", "violet-harbour-41"}}, .bytes_per_second = 100'000});
+    slow.Put(document, "first version");
+    const std::string bytes(200'000, 'y');
+    ann.WriteFile("new.pdf", bytes);
+    const pid_t child = ann.Start({"put", ann.Path("new.pdf").string(), slow.Url(document)});
+    // All is in the local copy, and the upload takes two seconds.
+    while (!ann.StateHolds(bytes) && waitpid(child, nullptr, WNOHANG) == 0) {
         usleep(1000);
     }
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    server.Restart();
-    const ConsoleResult offered = ann.Run({"--answer", "0", "get", Url(), ann.Path("out.pdf").string()});
+    EXPECT_EQ(slow.Read(document), "first version");
+    const ConsoleResult offered = ann.Run({"--answer", "0", "get", slow.Url(document), ann.Path("out.pdf").string()});
     EXPECT_THAT(offered.output, HasSubstr("kov.recover.save"));
     EXPECT_EQ(offered.exit_code, 0) << offered.output;
-    EXPECT_EQ(server.Read(document), std::string(200'000, 'y'));
+    EXPECT_EQ(slow.Read(document), bytes);
 }
 
 TEST_F(Program, AsksBeforeItReplacesANewerVersion) {
