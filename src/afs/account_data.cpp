@@ -125,8 +125,7 @@ HRESULT AccountData::VerifyURL(LPCWSTR i_url, LONG* o_result) {
     // Until a bind has found the web, the account stands for its whole host.
     const std::wstring& account_url = m_web_url.empty() ? m_url : m_web_url;
     LONG result = 0;
-    CHECK_OR_RETURN(
-        MatchAccountUrl(i_url, m_web_url.empty() ? m_url : m_web_url, m_credentials.user, m_web_url.empty(), &result));
+    CHECK_OR_RETURN(MatchAccountUrl(i_url, m_web_url.empty() ? m_url : m_web_url, m_credentials.user, m_web_url.empty(), result));
     *o_result = result;
     TRACE_FORMAT(LogLevel::information, L"Input URL '{}' verification result with account URL '{}' and '{}' is {}", Masked(i_url),
                  Masked(account_url), Fullness(m_credentials.user, L"empty user", L"non-empty user"), result);

@@ -44,11 +44,12 @@ HRESULT FileSystem::BindToObject(IUnknown* object, KOV::IAFS_BindContext* contex
     CHECK_OR_RETURN(object != nullptr, E_INVALIDARG);
     const ComPtr<AccountData> account_data = AccountData::FromObject(object);
     CHECK_OR_RETURN(account_data != nullptr, E_INVALIDARG);
-    ComPtr<KOV::IAFS_BindContext> bind_context = context;
-    if (bind_context.IsNull()) {
-        CHECK_OR_RETURN(m_plugin->m_kov_inst->CreateStdBindContext(&bind_context));
+    ComPtr<KOV::IAFS_BindContext> own_context;
+    if (context == nullptr) {
+        CHECK_OR_RETURN(m_plugin->m_kov_inst->CreateStdBindContext(&context));
+        own_context = ComPtr<KOV::IAFS_BindContext>::Attach(context);
     }
-    *out_host_name = Name::CreateRoot(*account_data, m_plugin, bind_context).Detach();
+    *out_host_name = Name::CreateRoot(*account_data, m_plugin, context).Detach();
     TRACE_RETURN(S_OK);
     INTERFACE_CATCH(out_error_details)
 }

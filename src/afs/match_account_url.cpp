@@ -76,8 +76,8 @@ bool IsAtOrBelow(std::wstring_view path, std::wstring_view parent_path) {
     } while (false)
 
 HRESULT MatchAccountUrl(LPCWSTR i_url, const std::wstring& account_url, const std::wstring& account_user, bool any_path,
-                        LONG* out_result) {
-    *out_result = 0;
+                        LONG& out_result) {
+    out_result = 0;
     if (i_url == nullptr || *i_url == L'\0') {
         return S_OK;
     }
@@ -103,9 +103,9 @@ HRESULT MatchAccountUrl(LPCWSTR i_url, const std::wstring& account_url, const st
         return S_OK;
     }
     if (input.user.empty()) {
-        *out_result = 1;
+        out_result = 1;
     } else if (IsSameText(input.user, account_user)) {
-        *out_result = 2;
+        out_result = 2;
     }
     return S_OK;
 }
