@@ -30,10 +30,10 @@ HRESULT CacheCallback::Read(LONGLONG pos, void* data, ULONG size, ULONG* out_siz
     CHECK_OR_THROW(
         pos == m_pos,
         HResultException(E_INVALIDARG, L"Requested read position is not equal to current one - random reading is not supported"));
-    if (!m_read_context) {
+    if (m_read_context == nullptr) {
         CHECK_OR_THROW(m_name->BindObject(SharePoint::Web::BindObjectType::file, true) != nullptr,
                        HResultException(file_missing));
-        m_read_context = m_name->GetObject()->AsFile()->Download();
+        m_read_context = std::make_unique<Http::Response>(m_name->GetObject()->AsFile()->Download());
     }
     const auto count = static_cast<ULONG>(Http::ReadBody(m_read_context->GetHandle(), data, size));
     m_pos += count;
@@ -63,7 +63,7 @@ HRESULT CacheCallback::Write(LONGLONG pos, const void* data, ULONG size, ULONG* 
     CHECK_OR_THROW(
         pos == m_pos,
         HResultException(E_INVALIDARG, L"Requested write position is not same as previous - random writing is not supported"));
-    CHECK_OR_THROW(m_write_context.has_value(), HResultException(E_FAIL, L"Write is called without prior BeginWrite"));
+    CHECK_OR_THROW(m_write_context != nullptr, HResultException(E_FAIL, L"Write is called without prior BeginWrite"));
     DWORD written_size = 0;
     try {
         m_write_context->Write(data, size, written_size);
@@ -106,8 +106,9 @@ HRESULT CacheCallback::BeginWrite(KOV::IString* out_error_details, KOV::IKOV_Fla
     CHECK_OR_RETURN(!IsCanceled(cancel_flag), E_CANCELED);
     CHECK_OR_THROW(m_name->BindObject(SharePoint::Web::BindObjectType::file, true) != nullptr, HResultException(file_missing));
     m_pos = 0;
-    if (!m_write_context) {
-        m_write_context = m_name->GetObject()->AsFile()->Upload(static_cast<std::uint64_t>(m_size));
+    if (m_write_context == nullptr) {
+        m_write_context =
+            std::make_unique<Http::Request>(m_name->GetObject()->AsFile()->Upload(static_cast<std::uint64_t>(m_size)));
     } else {
         Http::SendRequestEx(m_write_context->GetHandle(), static_cast<std::uint64_t>(m_size));
     }
@@ -123,7 +124,7 @@ HRESULT CacheCallback::EndWrite(KOV::IString* out_error_details, KOV::IKOV_Flag*
         EndUpload();
         TRACE_RETURN(E_CANCELED);
     }
-    if (!m_write_context) {
+    if (m_write_context == nullptr) {
         TRACE_FORMAT(LogLevel::information, L"Previous write failed");
         EndUpload();
         TRACE_RETURN(E_FAIL);

@@ -6,7 +6,7 @@
 /// stream between the connection and the caller's buffer, nothing is held. The host's cache entry owns this object and calls it
 /// one call at a time, on any thread; each call waits for the network.
 
-#include <optional>
+#include <memory>
 
 #include "host/file_cache.h"
 #include "host/object_bases.h"
@@ -45,8 +45,8 @@ private:
     void EndUpload() noexcept;
 
     ComPtr<Name> m_name;
-    std::optional<Http::Response> m_read_context;
-    std::optional<Http::Request> m_write_context;
+    std::unique_ptr<Http::Response> m_read_context;
+    std::unique_ptr<Http::Request> m_write_context;
     LONGLONG m_size = 0;
     LONGLONG m_pos = 0;
     DWORD m_retries_left = max_retries;
