@@ -4,15 +4,8 @@
 
 EnumFolder::EnumFolder(ComPtr<Name> name) : m_name(std::move(name)) {
     TRACE_ENTER();
-    BindFolder();
-    m_objects = m_name->GetObject()->AsFolder()->GetChildren();
-    m_current = m_objects.begin();
-    TRACE_LEAVE();
-}
-
-// Nothing there and a file there are one failure to the caller; all others tell what they are.
-void EnumFolder::BindFolder() {
     constexpr wchar_t message[] = L"Cannot enumerate non-existing folder";
+    // Nothing there and a file there are one failure to the caller; all others tell what they are.
     try {
         CHECK_OR_THROW(m_name->BindObject(SharePoint::Web::BindObjectType::folder) != nullptr, Exception(message));
     } catch (const HResultException& exception) {
@@ -21,6 +14,9 @@ void EnumFolder::BindFolder() {
         }
         THROW_LOGGED(Exception(message));
     }
+    m_objects = m_name->GetObject()->AsFolder()->GetChildren();
+    m_current = m_objects.begin();
+    TRACE_LEAVE();
 }
 
 HRESULT EnumFolder::get_Name(KOV::IAFS_Name** out_name) {

@@ -23,8 +23,6 @@ public:
 private:
     ~EnumFolder() override = default;
 
-    void BindFolder();
-
     ComPtr<Name> m_name;
     std::vector<std::shared_ptr<SharePoint::Object>> m_objects;
     std::vector<std::shared_ptr<SharePoint::Object>>::const_iterator m_current;
