@@ -38,7 +38,9 @@ HRESULT FileSystem::CreateAccount(LPCWSTR i_url, KOV::IAUX_Cab* i_source_cab, DW
         TRACE_RETURN(S_OK);
     }
     ComPtr<KOV::IAFS_Name> name;
-    CHECK_OR_RETURN(ConnectToPlace(i_url, bind_context, account_data, name));
+    if (const HRESULT result = ConnectToPlace(i_url, bind_context, account_data, name); FAILED(result)) {
+        return result;
+    }
     const ComPtr<Name> local_name = GetName(name);
     CHECK_OR_RETURN(name != nullptr, E_FAIL);
     const std::shared_ptr<Session> session = local_name->GetSession();
