@@ -1,6 +1,7 @@
 #include "afs/cache_callback.h"
 
 #include "document_session.h"
+#include "frame/log_recorder.h"
 
 namespace {
 
@@ -160,7 +161,14 @@ TEST_F(CacheCallbackTest, UploadIsOnePutOfTheAnnouncedLength) {
 }
 
 TEST_F(CacheCallbackTest, UploadRefusesWhatIsOutOfOrder) {
-    Outcome outcome = WriteAt(0, "x");
+    Outcome outcome;
+    {
+        const LogRecorder log(LogLevel::error);
+        outcome = WriteAt(0, "x");
+        ASSERT_FALSE(log.Messages(LogLevel::error).empty());
+        EXPECT_EQ(log.Messages(LogLevel::error).front(),
+                  L"Expression 'm_write_context != nullptr' caused throwing 'Write is called without prior BeginWrite'");
+    }
     EXPECT_EQ(outcome.result, E_FAIL);
     EXPECT_EQ(outcome.details, L"Write is called without prior BeginWrite");
     EXPECT_EQ(End().result, E_FAIL);
