@@ -73,7 +73,7 @@ bool Utility::SharepointChecker::IsSharePoint(const wchar_t* url) {
             TRACE_LEAVE(L"false");
             return false;
         }
-        TRACE_FORMAT(LogLevel::information, L"WebDAV URL '{}' -> '{}'", Masked(url), Masked(tested));
+        TRACE_FORMAT(LogLevel::information, L"WebDav URL '{}' -> '{}'", Masked(url), Masked(tested));
     }
     const bool result = Session::IsSharePoint(tested);
     TRACE_LEAVE(L"{}", result);

@@ -13,8 +13,6 @@
 
 namespace {
 
-constexpr WORD https_port = 443;
-
 /// Asks the user for an account on `host`, with `io_account` as the start. Throws HResultException with the host's code when the
 /// user gave up.
 void AskUser(KOV::IAFS_BindContext* context, Http::Session::Credentials& io_account, const wchar_t* host,
@@ -145,7 +143,7 @@ void Session::SignOut() {
         m_http->ResetAuthorizationData(std::move(account), {});
     }
     // Also for a server of one's own: the browser may hold a sign-in of the hosted service.
-    const auto hosted_service = Http::Session::Create(L"https://", hosted_sign_in_host, https_port, {}, {});
+    const auto hosted_service = Http::Session::Create(std::wstring(L"https://") + hosted_sign_in_host, {});
     hosted_service->SendRequest(L"GET", L"logout.srf", nullptr, nullptr, nullptr, 0, true);
     DeleteCookie(m_http->GetUri(), L"FedAuth");
     DeleteCookie(m_http->GetUri(), L"rtFa");
