@@ -77,6 +77,7 @@ std::size_t ReadBody(HINTERNET handle, ByteStream& stream) {
 }
 
 std::vector<std::wstring> GetHeaders(HINTERNET handle, const std::wstring& name) {
+    TRACE_ENTER(L"{}", name);
     std::vector<std::wstring> values;
     std::wstring buffer(header_characters, L'\0');
     DWORD index = 0;
@@ -91,6 +92,7 @@ std::vector<std::wstring> GetHeaders(HINTERNET handle, const std::wstring& name)
         }
         const DWORD error = GetLastError();
         if (error == ERROR_HTTP_HEADER_NOT_FOUND) {
+            TRACE_LEAVE(L"{}", values.size());
             return values;
         }
         CHECK_OR_THROW(error == ERROR_INSUFFICIENT_BUFFER, ApiException(error));
@@ -99,6 +101,7 @@ std::vector<std::wstring> GetHeaders(HINTERNET handle, const std::wstring& name)
 }
 
 std::vector<std::wstring> GetHeaders(HINTERNET handle) {
+    TRACE_ENTER();
     std::wstring buffer(raw_header_characters, L'\0');
     DWORD size = static_cast<DWORD>(buffer.size() * sizeof(wchar_t));
     while (!HttpQueryInfoW(handle, HTTP_QUERY_RAW_HEADERS, buffer.data(), &size, nullptr)) {
@@ -116,13 +119,16 @@ std::vector<std::wstring> GetHeaders(HINTERNET handle) {
         }
         begin = end + 1;
     }
+    TRACE_LEAVE(L"{}", lines.size());
     return lines;
 }
 
 std::wstring GetRequestUri(HINTERNET handle) {
+    TRACE_ENTER();
     wchar_t text[INTERNET_MAX_URL_LENGTH];
     DWORD size = INTERNET_MAX_URL_LENGTH;
     CHECK_OR_THROW(InternetQueryOptionW(handle, INTERNET_OPTION_URL, text, &size), ApiException());
+    TRACE_LEAVE(L"{}", Masked(std::wstring_view(text, size)));
     return std::wstring(text, size);
 }
 

@@ -157,13 +157,14 @@ bool ReadWebDavPropChildUsername(pugi::xml_node prop_node, std::wstring& value, 
 
 bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url, SharePoint::Information& information,
                          bool& is_folder) {
+    TRACE_ENTER();
     const wchar_t* const href = response_node.child(L"D:href").text().get();
     if (!ReadPath(server_url, href, information.m_path)) {
         return false;
     }
     const pugi::xml_node propstat = FindProperties(response_node, href);
     if (!propstat) {
-        return true;
+        TRACE_RETURN(true);
     }
     const pugi::xml_node prop = propstat.child(L"D:prop");
     if (!ReadWebDavPropChild(prop, information.m_name, href) || information.m_name.empty()) {
@@ -178,10 +179,11 @@ bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url
     ReadWebDavPropChildDateTime(L"D:creationdate", prop, information.m_created_time, href);
     ReadWebDavPropChildDateTime(L"D:getlastmodified", prop, information.m_modified_time, href);
     ReadWebDavPropChildUsername(prop, information.m_modified_by, href);
-    return true;
+    TRACE_RETURN(true);
 }
 
 bool CheckWebDavMultistatus(const pugi::xml_document& document, const std::wstring& path, const wchar_t* operation) {
+    TRACE_ENTER();
     bool is_good = true;
     for (const pugi::xml_node response : document.child(L"D:multistatus").children(L"D:response")) {
         const wchar_t* const status = response.child(L"D:status").text().get();
@@ -196,6 +198,7 @@ bool CheckWebDavMultistatus(const pugi::xml_document& document, const std::wstri
             is_good = false;
         }
     }
+    TRACE_LEAVE(L"{}", is_good);
     return is_good;
 }
 

@@ -17,7 +17,10 @@ Object::Object(std::shared_ptr<Web> web, SharePoint::Information&& information) 
 }
 
 bool Object::CanEdit() {
-    return FrontPage::CanEdit(*m_web->m_http, m_web->m_information.m_path.c_str(), m_information.m_path.c_str());
+    TRACE_ENTER();
+    const bool can_edit = FrontPage::CanEdit(*m_web->m_http, m_web->m_information.m_path.c_str(), m_information.m_path.c_str());
+    TRACE_LEAVE(L"{}", can_edit);
+    return can_edit;
 }
 
 std::shared_ptr<SharePoint::Web> Object::GetWeb() { return m_web; }
@@ -50,7 +53,10 @@ void Object::Delete() {
 std::shared_ptr<SharePoint::Folder> Folder::AsFolder() { return shared_from_this(); }
 
 std::vector<std::shared_ptr<SharePoint::Object>> Folder::GetChildren() {
-    return m_web->Enumerate(m_information.m_path, true, nullptr);
+    TRACE_ENTER();
+    auto children = m_web->Enumerate(m_information.m_path, true, nullptr);
+    TRACE_LEAVE(L"{}", children.size());
+    return children;
 }
 
 std::shared_ptr<SharePoint::File> File::AsFile() { return shared_from_this(); }

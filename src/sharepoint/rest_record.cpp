@@ -73,8 +73,11 @@ std::uint64_t ParseRestDateTime(const JsonDocument& document, const wchar_t* mem
 }
 
 bool ParseRestFileInfo(const JsonDocument& document, SharePoint::Information& information) {
+    TRACE_ENTER();
     try {
-        return Parse(document, information);
+        const bool is_record = Parse(document, information);
+        TRACE_LEAVE(L"{}", is_record);
+        return is_record;
     } catch (const Exception& exception) {
         TRACE_FORMAT(LogLevel::error, L"Failed to parse REST file information JSON: {}", exception.message);
         return false;

@@ -108,7 +108,10 @@ std::shared_ptr<SharePoint::Folder> Web::AsFolder() { return shared_from_this();
 
 std::shared_ptr<SharePoint::Web> Web::AsWeb() { return shared_from_this(); }
 
-bool Web::CanEdit() { return false; }
+bool Web::CanEdit() {
+    TRACE_ENTER();
+    TRACE_RETURN(false);
+}
 
 std::shared_ptr<SharePoint::Web> Web::GetWeb() { return shared_from_this(); }
 
@@ -121,11 +124,22 @@ const SharePoint::Information& Web::UpdateInformation() {
     return m_information;
 }
 
-void Web::Rename(const std::wstring&) { THROW_LOGGED(Exception(L"Root folder does not support renaming")); }
+void Web::Rename(const std::wstring& new_url) {
+    TRACE_ENTER(L"{}", Masked(new_url));
+    THROW_LOGGED(Exception(L"Root folder does not support renaming"));
+}
 
-void Web::Delete() { THROW_LOGGED(Exception(L"Root folder does not support deleting")); }
+void Web::Delete() {
+    TRACE_ENTER();
+    THROW_LOGGED(Exception(L"Root folder does not support deleting"));
+}
 
-std::vector<std::shared_ptr<SharePoint::Object>> Web::GetChildren() { return Enumerate(m_information.m_path, true, nullptr); }
+std::vector<std::shared_ptr<SharePoint::Object>> Web::GetChildren() {
+    TRACE_ENTER();
+    auto children = Enumerate(m_information.m_path, true, nullptr);
+    TRACE_LEAVE(L"{}", children.size());
+    return children;
+}
 
 std::wstring Web::GetCurrentUser() {
     TRACE_ENTER();

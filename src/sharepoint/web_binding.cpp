@@ -65,6 +65,7 @@ std::shared_ptr<SharePoint::Object> Web::BindObject(const std::wstring& url, Bin
             return nullptr;
         }
         TRACE_FORMAT(LogLevel::information, L"given URL is web, binded as folder");
+        TRACE_LEAVE(L"web");
         return shared_from_this();
     }
     if (IsFileLinkUrl(url.c_str())) {

@@ -109,7 +109,7 @@ bool Web::CreateFolderNoBind(const std::wstring& url) {
     const CompareUrlsResult result = CompareUrls(server.c_str(), url.c_str(), &path);
     if (result == CompareUrlsResult::equal) {
         TRACE_FORMAT(LogLevel::information, L"Folder is web - already exists '{}'", Masked(url));
-        return true;
+        TRACE_RETURN(true);
     }
     if (result != CompareUrlsResult::url1_is_parent) {
         TRACE_FORMAT(LogLevel::error, L"Unexpected result {} of comparison server URL '{}' to given URL '{}'", result,
@@ -126,7 +126,7 @@ bool Web::CreateFolderNoBind(const std::wstring& url) {
     }
     if (missing.empty()) {
         TRACE_FORMAT(LogLevel::information, L"Folder already exists '{}'", Masked(path));
-        return true;
+        TRACE_RETURN(true);
     }
     TRACE_FORMAT(LogLevel::information, L"Creating folders starting from existing path '{}'",
                  Masked(std::wstring_view(missing.back()).substr(0, missing.back().rfind(L'/'))));
