@@ -261,6 +261,20 @@ TEST(SharepointCheckerTest, TextsThatAreNoLocationMakeNoRequest) {
     }
 }
 
+TEST(SharepointCheckerTest, TheLogTellsWhichUrlIsTested) {
+    const std::pair<const wchar_t*, const wchar_t*> rows[] = {
+        {L"http://127.0.0.1:1/Docs", L"SharePoint URL 'http://111.1.1.1:1/Xxxx'"},
+        {L"\\\\127.0.0.1@1\\Docs", L"WebDav URL '\\\\111.1.1.1@1\\Xxxx' -> 'http://111.1.1.1:1/Xxxx'"},
+    };
+    for (const auto& [text, line] : rows) {
+        LogRecorder log(LogLevel::information);
+        EXPECT_FALSE(Utility::SharepointChecker::IsSharePoint(text)) << "nothing listens there";
+        const std::vector<std::wstring> notes = log.Messages(LogLevel::information);
+        ASSERT_FALSE(notes.empty());
+        EXPECT_EQ(notes.front(), line);
+    }
+}
+
 class CreateAccountTest : public ProviderTest {
 protected:
     ComPtr<AccountData> Create(const wchar_t* url, KOV::IAUX_Cab* cab, HRESULT expected) {
