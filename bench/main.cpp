@@ -30,11 +30,20 @@ constexpr std::uint64_t gibibyte = 1024 * mebibyte;
 
 const fs::path bin = fs::read_symlink("/proc/self/exe").parent_path();
 
+/// Where the server keeps its tree: in memory when there is room, since it waits for the disk before it acknowledges an upload,
+/// and that wait is no part of what is compared.
+fs::path ServerFolder() {
+    const fs::path memory = "/dev/shm";
+    std::error_code error;
+    const fs::space_info space = fs::space(memory, error);
+    return !error && space.available > 14 * gibibyte ? memory : fs::temp_directory_path();
+}
+
 /// A server of its own over a temporary root.
 class Server {
 public:
     Server() {
-        std::string pattern = (fs::temp_directory_path() / "kov-bench-root-XXXXXX").string();
+        std::string pattern = (ServerFolder() / "kov-bench-root-XXXXXX").string();
         if (mkdtemp(pattern.data()) == nullptr) {
             throw std::runtime_error("no temporary folder");
         }
@@ -237,7 +246,7 @@ int RunAll() {
     MakeLargeFile(server.Root() / "Files" / "1GiB.bin", gibibyte);
     MakeLargeFile(server.Root() / "Files" / "8GiB.bin", 8 * gibibyte);
     server.Start();
-    const fs::path work = server.Root().string() + "-work";
+    const fs::path work = fs::temp_directory_path() / server.Root().filename();
     fs::create_directories(work);
     Table table;
     fmt::print("| what | measured | goal | |\n|---|---|---|---|\n");

@@ -149,7 +149,7 @@ void Growth(const std::vector<std::string>& words) {
     ReadAll(module.Open(words[1], read_flags));
     const std::uint64_t after_small = PeakMemory();
     ReadAll(module.Open(words[2], read_flags));
-    Print("growth", static_cast<double>(PeakMemory() - after_small));
+    Print("growth", static_cast<double>(PeakMemory()) - static_cast<double>(after_small));
 }
 
 /// upload URL BYTES PIECE
