@@ -95,7 +95,6 @@ int Run(const Options& options) {
     std::signal(SIGPIPE, SIG_IGN);
 
     const ComPtr<Host> host = MakeObject<Host>(HostOptions{options.state, options.module, &terminal, &accounts}, loop);
-    wininet::SetCookieFile(options.state / "cookies");
     host->Load();
     int exit_code = 0;
     const bool has_ended = loop.RunWith(
