@@ -37,13 +37,19 @@ constexpr const char* propfind_body = R"(<?xml version="1.0" ?><D:propfind xmlns
 
 std::size_t Drop(char*, std::size_t size, std::size_t count, void*) { return size * count; }
 
-/// A reused easy handle with the same request.
+/// What a session calls itself; libcurl formats requests byte by byte, so that a shorter request would compare less.
+constexpr const char* user_agent =
+    "Mozilla/4.0 (compatible; MSIE 7.0; Windows NT 6.3; Trident/7.0; .NET4.0E; .NET4.0C; KovEditor)";
+
+/// A reused easy handle with the same request, byte for byte.
 class EasyPropfind {
 public:
     explicit EasyPropfind(const std::string& url) : m_easy(curl_easy_init()) {
-        m_headers = curl_slist_append(m_headers, "Depth: 0");
-        m_headers = curl_slist_append(m_headers, "Accept: application/xml, text/xml");
-        m_headers = curl_slist_append(m_headers, "Expect:");
+        for (const char* line :
+             {"Accept: application/xml, text/xml", "X-Forms_Based_Auth_Accepted: t", "Depth: 0", "Expect:", "Content-Type:"}) {
+            m_headers = curl_slist_append(m_headers, line);
+        }
+        curl_easy_setopt(m_easy, CURLOPT_USERAGENT, user_agent);
         curl_easy_setopt(m_easy, CURLOPT_URL, url.c_str());
         curl_easy_setopt(m_easy, CURLOPT_CUSTOMREQUEST, "PROPFIND");
         curl_easy_setopt(m_easy, CURLOPT_POSTFIELDS, propfind_body);
