@@ -1,5 +1,8 @@
 #include "url/compare_urls.h"
 
+#include <cwchar>
+#include <string_view>
+
 #include "url/url_detail.h"
 
 namespace {
@@ -71,6 +74,66 @@ bool IsBelow(const Location& parent, const Location& child, std::wstring* out_re
     return true;
 }
 
+constexpr bool IsDigit(wchar_t c) noexcept { return L'0' <= c && c <= L'9'; }
+
+/// The length of "http://host" or "http://host:port" (or https), when `url` is nothing but that and in canonical letters;
+/// else 0.
+std::size_t LengthOfPlainServer(std::wstring_view url) noexcept {
+    const std::size_t host = url.starts_with(Url::http) ? Url::http.size() : url.starts_with(Url::https) ? Url::https.size() : 0;
+    const wchar_t* at = url.data() + host;
+    while ((L'a' <= *at && *at <= L'z') || IsDigit(*at) || *at == L'.' || *at == L'-') {
+        ++at;
+    }
+    if (host == 0 || at == url.data() + host) {
+        return 0;
+    }
+    if (*at == L':' && IsDigit(at[1])) {
+        unsigned port = 0;
+        for (++at; IsDigit(*at) && port <= 65535; ++at) {
+            port = port * 10 + static_cast<unsigned>(*at - L'0');
+        }
+        if (port > 65535) {
+            return 0;
+        }
+    }
+    return *at == L'\0' ? url.size() : 0;
+}
+
+/// The length of what stands behind the slash of a server, when its canonical spelling is the one that it has and it has
+/// neither query nor fragment; else npos.
+std::size_t LengthOfPlainPath(const wchar_t* path) noexcept {
+    const wchar_t* at = path;
+    for (wchar_t previous = L'/'; *at != L'\0'; previous = *at++) {
+        const bool is_of_path = *at > L' ' && *at != L'\x7F' && *at != L'\\' && *at != L'?' && *at != L'#';
+        if (!is_of_path || (*at == L'.' && previous == L'/')) {
+            return std::wstring_view::npos;
+        }
+    }
+    return static_cast<std::size_t>(at - path);
+}
+
+/// The question that a listing asks for each item, answered from the texts as they stand: `url1` is a mere server, and `url2`
+/// begins with the same letters. False when only the canonical texts can tell.
+bool CompareToPlainServer(const wchar_t* url1, const wchar_t* url2, std::wstring* out_relative, CompareUrlsResult& result) {
+    const std::size_t server = LengthOfPlainServer(url1);
+    if (server == 0 || std::wcsncmp(url1, url2, server) != 0 || url2[server] != L'/') {
+        return false;
+    }
+    const wchar_t* const path = url2 + server + 1;
+    std::size_t length = LengthOfPlainPath(path);
+    if (length >= Url::CanonicalUrl::size - server - 2) {
+        return false;
+    }
+    if (length != 0 && path[length - 1] == L'/') {
+        --length;
+    }
+    if (out_relative != nullptr) {
+        out_relative->assign(path, length);
+    }
+    result = length == 0 ? CompareUrlsResult::equal : CompareUrlsResult::url1_is_parent;
+    return true;
+}
+
 bool IsEmpty(const wchar_t* text) noexcept { return text == nullptr || *text == L'\0'; }
 
 std::wstring DummyUrl(const wchar_t* path) { return std::wstring(L"http://dummy/") + (path == nullptr ? L"" : path); }
@@ -80,6 +143,10 @@ std::wstring DummyUrl(const wchar_t* path) { return std::wstring(L"http://dummy/
 CompareUrlsResult CompareUrls(const wchar_t* url1, const wchar_t* url2, std::wstring* out_relative, bool ignore_query) {
     if (IsEmpty(url1) || IsEmpty(url2)) {
         return CompareUrlsResult::error;
+    }
+    CompareUrlsResult result = CompareUrlsResult::error;
+    if (CompareToPlainServer(url1, url2, out_relative, result)) {
+        return result;
     }
     const Location first(url1, ignore_query);
     if (!first.IsValid()) {

@@ -77,6 +77,28 @@ TEST(CompareUrls, FollowsTheTableInBothDirections) {
     }
 }
 
+TEST(CompareUrls, AnswersForAServerWithoutItsSlashAsForOneWithIt) {
+    const std::wstring servers[] = {L"http://a",       L"https://a.b-c:443", L"http://a:80",
+                                    L"http://a:65536", L"http://a:",         L"HTTP://A"};
+    const std::wstring tails[] = {L"",      L"/",       L"//",      L"/x",       L"/x/",
+                                  L"/x//",  L"/./x",    L"/x/../y", L"/.x",      L"/x.y/",
+                                  L"/x?y",  L"/x#y",    L"/x ",     L"/x y",     L"/x\\y",
+                                  L"/\x7F", L"/a\x1Fx", L"b/x",     L"/ä",       L"@b/x",
+                                  L":1/x",  L"/%2E",    L"?x",      L"/%20/%41", L"/" + std::wstring(2072, L'x')};
+    for (const std::wstring& server : servers) {
+        for (const std::wstring& tail : tails) {
+            for (const std::wstring& url : {server + tail, server + tail + L"x", L"http://a" + tail}) {
+                SCOPED_TRACE(testing::Message() << server << " against " << url);
+                std::wstring relative = untouched;
+                std::wstring expected = untouched;
+                EXPECT_EQ(CompareUrls(server.c_str(), url.c_str(), &relative),
+                          CompareUrls((server + L"/").c_str(), url.c_str(), &expected));
+                EXPECT_EQ(relative, expected);
+            }
+        }
+    }
+}
+
 TEST(CompareUrlPaths, ComparesServerRelativePaths) {
     std::wstring relative;
     EXPECT_EQ(CompareUrlPaths(L"/sites/a", L"/Sites/A/b/c", &relative), Result::url1_is_parent);
