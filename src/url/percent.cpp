@@ -1,5 +1,7 @@
 #include "url/percent.h"
 
+#include <algorithm>
+
 #include "frame/diagnostics/conversion.h"
 
 namespace {
@@ -12,7 +14,8 @@ constexpr bool IsPlain(char c) {
 }
 
 /// -1 for what is no hexadecimal digit.
-constexpr int ValueOfDigit(char c) {
+template <class Char>
+constexpr int ValueOfDigit(Char c) {
     return c >= '0' && c <= '9' ? c - '0' : c >= 'A' && c <= 'F' ? c - 'A' + 10 : c >= 'a' && c <= 'f' ? c - 'a' + 10 : -1;
 }
 
@@ -51,4 +54,22 @@ std::string DecodeUrlPercent(const char* narrow_text) {
         }
     }
     return decoded;
+}
+
+bool DecodeAsciiPercent(std::wstring& text) {
+    for (const wchar_t* at = text.c_str(); at != text.c_str() + text.size(); ++at) {
+        if (*at == 0 || static_cast<char32_t>(*at) > 0x7F ||
+            (*at == L'%' && ValueOfDigit(at[1]) >= 8 && ValueOfDigit(at[2]) >= 0)) {
+            return false;
+        }
+    }
+    std::size_t size = std::min(text.find(L'%'), text.size());
+    for (const wchar_t* at = text.c_str() + size; *at != 0; ++at) {
+        const int high = *at == L'%' ? ValueOfDigit(at[1]) : -1;
+        const int low = high >= 0 ? ValueOfDigit(at[2]) : -1;
+        at += low >= 0 ? 2 : 0;
+        text[size++] = low >= 0 ? static_cast<wchar_t>(high * 16 + low) : *at;
+    }
+    text.resize(size);
+    return true;
 }

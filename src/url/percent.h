@@ -13,3 +13,7 @@ std::wstring EncodeUrlPath(std::wstring_view text);
 /// the bytes into wide characters.
 std::string DecodeUrlPercent(const char* narrow_text);
 inline std::string DecodeUrlPercent(const std::string& narrow_text) { return DecodeUrlPercent(narrow_text.c_str()); }
+
+/// The same on wide text, in place and without the way through UTF-8. False, and nothing changed, when the text or what an
+/// escape of it stands for isn't ASCII, or a zero stands in the text.
+bool DecodeAsciiPercent(std::wstring& text);

@@ -194,6 +194,11 @@ TEST(Percent, EncodesOnceAndDecodesByteForByte) {
     };
     for (const auto& [text, expected] : decoded) {
         EXPECT_EQ(DecodeUrlPercent(text), expected) << text;
+        std::wstring wide(text, text + std::string_view(text).size());
+        const bool is_ascii = expected.find('\xC3') == std::string::npos;
+        const std::wstring result = is_ascii ? std::wstring(expected.begin(), expected.end()) : wide;
+        EXPECT_EQ(DecodeAsciiPercent(wide), is_ascii) << text;
+        EXPECT_EQ(wide, result) << text;
     }
     const std::string long_text(5000, 'x');
     EXPECT_EQ(DecodeUrlPercent(long_text), long_text);
