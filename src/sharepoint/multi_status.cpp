@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cwchar>
+#include <iterator>
 #include <limits>
 
 #include "frame/diagnostics/diagnostics.h"
@@ -27,8 +28,34 @@ bool AreEqual(const wchar_t* a, const wchar_t* b) {
     return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) == CSTR_EQUAL;
 }
 
+/// Null when it is none. The usual spelling is found without the services of the locale.
+const Word* FindTruthWord(const wchar_t* text) {
+    const auto is_same = [text](const Word& word) { return std::wcscmp(text, word.text) == 0; };
+    const auto is_equal = [text](const Word& word) { return AreEqual(text, word.text); };
+    const Word* const end = std::end(truth_words);
+    const Word* const found = std::find_if(truth_words, end, is_same);
+    const Word* const word = found != end ? found : std::find_if(truth_words, end, is_equal);
+    return word != end ? word : nullptr;
+}
+
+/// As `node.child(name)`. Names of one listing differ early, behind their prefix: a call per sibling and name costs more than
+/// the comparison itself.
+pugi::xml_node Child(pugi::xml_node node, const wchar_t* name) noexcept {
+    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
+        const wchar_t* const other = child.name();
+        std::size_t at = 0;
+        while (name[at] == other[at] && name[at] != L'\0') {
+            ++at;
+        }
+        if (name[at] == other[at]) {
+            return child;
+        }
+    }
+    return {};
+}
+
 pugi::xml_node FindProperty(DWORD log_level, pugi::xml_node prop_node, const wchar_t* name, const wchar_t* href) {
-    const pugi::xml_node child = prop_node.child(name);
+    const pugi::xml_node child = Child(prop_node, name);
     if (!child) {
         TRACE_FORMAT(log_level, L"Cannot find '{}' child node for PROPFIND result '{}' in 'D:prop' element:\n{}", name,
                      Masked(href), PrintXml(prop_node));
@@ -39,7 +66,7 @@ pugi::xml_node FindProperty(DWORD log_level, pugi::xml_node prop_node, const wch
 /// The properties that the server could give; an empty node when it could give none.
 pugi::xml_node FindProperties(pugi::xml_node response_node, const wchar_t* href) {
     for (const pugi::xml_node propstat : response_node.children(L"D:propstat")) {
-        if (std::wcsstr(propstat.child(L"D:status").text().get(), L"200") != nullptr) {
+        if (std::wcsstr(Child(propstat, L"D:status").text().get(), L"200") != nullptr) {
             return propstat;
         }
         TRACE_FORMAT(LogLevel::warning, L"Unexpected multistatus code for PROPFIND result '{}' in 'D:propstat' element:\n{}",
@@ -69,7 +96,7 @@ bool ReadFileProperties(pugi::xml_node prop, SharePoint::Information& informatio
     if (!ReadWebDavPropChild(prop, information.m_size, href)) {
         return false;
     }
-    information.m_checkout_user = prop.child(L"D:lockdiscovery").child(L"D:activelock").child(L"D:owner").text().get();
+    information.m_checkout_user = Child(prop, L"D:lockdiscovery").child(L"D:activelock").child(L"D:owner").text().get();
     return true;
 }
 
@@ -90,16 +117,14 @@ unsigned StatusCode(const wchar_t* status) {
 
 bool ReadWebDavPropChild(pugi::xml_node prop_node, bool& value, const wchar_t* href) {
     constexpr const wchar_t* name = L"D:isFolder";
-    const pugi::xml_node child = prop_node.child(name);
+    const pugi::xml_node child = Child(prop_node, name);
     if (!child) {
         return false;
     }
     const wchar_t* const text = child.text().get();
-    for (const Word& word : truth_words) {
-        if (AreEqual(text, word.text)) {
-            value = word.value;
-            return true;
-        }
+    if (const Word* const word = FindTruthWord(text)) {
+        value = word->value;
+        return true;
     }
     TRACE_FORMAT(LogLevel::warning,
                  L"Unexpected boolean '{}' of '{}' child node for PROPFIND result '{}' in 'D:prop' element:\n{}", text, name,
@@ -158,7 +183,7 @@ bool ReadWebDavPropChildUsername(pugi::xml_node prop_node, std::wstring& value, 
 bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url, SharePoint::Information& information,
                          bool& is_folder) {
     TRACE_ENTER();
-    const wchar_t* const href = response_node.child(L"D:href").text().get();
+    const wchar_t* const href = Child(response_node, L"D:href").text().get();
     if (!ReadPath(server_url, href, information.m_path)) {
         return false;
     }
@@ -166,7 +191,7 @@ bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url
     if (!propstat) {
         TRACE_RETURN(true);
     }
-    const pugi::xml_node prop = propstat.child(L"D:prop");
+    const pugi::xml_node prop = Child(propstat, L"D:prop");
     if (!ReadWebDavPropChild(prop, information.m_name, href) || information.m_name.empty()) {
         information.m_name = LastSegment(information.m_path);
     }
