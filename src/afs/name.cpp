@@ -15,8 +15,13 @@ namespace {
 constexpr HRESULT invalid_relative_path = MakeHResult(0x803D0020);
 
 /// The URL of a web or folder: `path` is decoded and relative to the server; empty is the server's root.
-std::wstring UrlBelow(const std::wstring& server, const std::wstring& path) {
-    return path.empty() ? server : server + L"/" + path;
+std::wstring UrlBelow(std::wstring server, const std::wstring& path) {
+    if (!path.empty()) {
+        server.reserve(server.size() + 1 + path.size());
+        server += L'/';
+        server += path;
+    }
+    return server;
 }
 
 } // namespace

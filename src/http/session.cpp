@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <fmt/xchar.h>
+
 #include "frame/diagnostics/conversion.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "http/accept_types.h"
@@ -64,7 +66,7 @@ void Give(T* out, Value&& value) {
 std::wstring GetUri(const std::wstring& scheme, const std::wstring& host, std::uint16_t port) {
     const bool is_default =
         port == 0 || (port == 80 && AreEqual(scheme, L"http://")) || (port == 443 && AreEqual(scheme, L"https://"));
-    return is_default ? scheme + host : scheme + host + L":" + std::to_wstring(port);
+    return is_default ? scheme + host : scheme + host + L":" + fmt::to_wstring(port);
 }
 
 Session::Session() : m_impl(std::make_unique<Impl>()) {}
