@@ -24,6 +24,26 @@ constexpr Word truth_words[] = {
     {L"t", true}, {L"true", true}, {L"1", true}, {L"f", false}, {L"false", false}, {L"0", false},
 };
 
+/// The properties that each item is asked for.
+constexpr const wchar_t* property_names[PropNode::known_count] = {
+    L"D:displayname",  L"D:isFolder",        L"D:getcontentlength", L"D:lockdiscovery",
+    L"D:creationdate", L"D:getlastmodified", L"Office:modifiedby",
+};
+
+/// The number of names when it is none of them. The letter behind the prefix rules out most of them.
+std::size_t IndexOfProperty(const wchar_t* name) noexcept {
+    constexpr std::size_t telling = 2;
+    std::size_t index = std::size(property_names);
+    if (name[0] != L'\0' && name[1] != L'\0') {
+        for (index = 0; index < std::size(property_names); ++index) {
+            if (name[telling] == property_names[index][telling] && std::wcscmp(name, property_names[index]) == 0) {
+                break;
+            }
+        }
+    }
+    return index;
+}
+
 bool AreEqual(const wchar_t* a, const wchar_t* b) {
     return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) == CSTR_EQUAL;
 }
@@ -38,27 +58,11 @@ const Word* FindTruthWord(const wchar_t* text) {
     return word != end ? word : nullptr;
 }
 
-/// As `node.child(name)`. Names of one listing differ early, behind their prefix: a call per sibling and name costs more than
-/// the comparison itself.
-pugi::xml_node Child(pugi::xml_node node, const wchar_t* name) noexcept {
-    for (pugi::xml_node child = node.first_child(); child; child = child.next_sibling()) {
-        const wchar_t* const other = child.name();
-        std::size_t at = 0;
-        while (name[at] == other[at] && name[at] != L'\0') {
-            ++at;
-        }
-        if (name[at] == other[at]) {
-            return child;
-        }
-    }
-    return {};
-}
-
-pugi::xml_node FindProperty(DWORD log_level, pugi::xml_node prop_node, const wchar_t* name, const wchar_t* href) {
-    const pugi::xml_node child = Child(prop_node, name);
+pugi::xml_node FindProperty(DWORD log_level, const PropNode& prop_node, const wchar_t* name, const wchar_t* href) {
+    const pugi::xml_node child = prop_node.Child(name);
     if (!child) {
         TRACE_FORMAT(log_level, L"Cannot find '{}' child node for PROPFIND result '{}' in 'D:prop' element:\n{}", name,
-                     Masked(href), PrintXml(prop_node));
+                     Masked(href), PrintXml(prop_node.node));
     }
     return child;
 }
@@ -66,7 +70,7 @@ pugi::xml_node FindProperty(DWORD log_level, pugi::xml_node prop_node, const wch
 /// The properties that the server could give; an empty node when it could give none.
 pugi::xml_node FindProperties(pugi::xml_node response_node, const wchar_t* href) {
     for (const pugi::xml_node propstat : response_node.children(L"D:propstat")) {
-        if (std::wcsstr(Child(propstat, L"D:status").text().get(), L"200") != nullptr) {
+        if (std::wcsstr(propstat.child(L"D:status").text().get(), L"200") != nullptr) {
             return propstat;
         }
         TRACE_FORMAT(LogLevel::warning, L"Unexpected multistatus code for PROPFIND result '{}' in 'D:propstat' element:\n{}",
@@ -92,11 +96,11 @@ bool ReadPath(const wchar_t* server_url, const wchar_t* href, std::wstring& path
     return true;
 }
 
-bool ReadFileProperties(pugi::xml_node prop, SharePoint::Information& information, const wchar_t* href) {
+bool ReadFileProperties(const PropNode& prop, SharePoint::Information& information, const wchar_t* href) {
     if (!ReadWebDavPropChild(prop, information.m_size, href)) {
         return false;
     }
-    information.m_checkout_user = Child(prop, L"D:lockdiscovery").child(L"D:activelock").child(L"D:owner").text().get();
+    information.m_checkout_user = prop.Child(L"D:lockdiscovery").child(L"D:activelock").child(L"D:owner").text().get();
     return true;
 }
 
@@ -115,9 +119,23 @@ unsigned StatusCode(const wchar_t* status) {
 
 } // namespace
 
-bool ReadWebDavPropChild(pugi::xml_node prop_node, bool& value, const wchar_t* href) {
+PropNode::PropNode(pugi::xml_node prop_node) : node(prop_node) {
+    for (const pugi::xml_node child : prop_node.children()) {
+        const std::size_t index = IndexOfProperty(child.name());
+        if (index < std::size(property_names) && !m_known[index]) {
+            m_known[index] = child;
+        }
+    }
+}
+
+pugi::xml_node PropNode::Child(const wchar_t* name) const {
+    const std::size_t index = IndexOfProperty(name);
+    return index < std::size(property_names) ? m_known[index] : node.child(name);
+}
+
+bool ReadWebDavPropChild(const PropNode& prop_node, bool& value, const wchar_t* href) {
     constexpr const wchar_t* name = L"D:isFolder";
-    const pugi::xml_node child = Child(prop_node, name);
+    const pugi::xml_node child = prop_node.Child(name);
     if (!child) {
         return false;
     }
@@ -128,11 +146,11 @@ bool ReadWebDavPropChild(pugi::xml_node prop_node, bool& value, const wchar_t* h
     }
     TRACE_FORMAT(LogLevel::warning,
                  L"Unexpected boolean '{}' of '{}' child node for PROPFIND result '{}' in 'D:prop' element:\n{}", text, name,
-                 Masked(href), PrintXml(prop_node));
+                 Masked(href), PrintXml(prop_node.node));
     return false;
 }
 
-bool ReadWebDavPropChild(pugi::xml_node prop_node, std::wstring& value, const wchar_t* href) {
+bool ReadWebDavPropChild(const PropNode& prop_node, std::wstring& value, const wchar_t* href) {
     const pugi::xml_node child = FindProperty(LogLevel::warning, prop_node, L"D:displayname", href);
     if (!child) {
         return false;
@@ -141,7 +159,7 @@ bool ReadWebDavPropChild(pugi::xml_node prop_node, std::wstring& value, const wc
     return true;
 }
 
-bool ReadWebDavPropChild(pugi::xml_node prop_node, std::uint64_t& value, const wchar_t* href) {
+bool ReadWebDavPropChild(const PropNode& prop_node, std::uint64_t& value, const wchar_t* href) {
     const pugi::xml_node child = FindProperty(LogLevel::error, prop_node, L"D:getcontentlength", href);
     if (!child) {
         return false;
@@ -151,7 +169,8 @@ bool ReadWebDavPropChild(pugi::xml_node prop_node, std::uint64_t& value, const w
     return true;
 }
 
-bool ReadWebDavPropChildDateTime(const wchar_t* child_name, pugi::xml_node prop_node, std::uint64_t& value, const wchar_t* href) {
+bool ReadWebDavPropChildDateTime(const wchar_t* child_name, const PropNode& prop_node, std::uint64_t& value,
+                                 const wchar_t* href) {
     const pugi::xml_node child = FindProperty(LogLevel::warning, prop_node, child_name, href);
     if (!child) {
         return false;
@@ -164,14 +183,14 @@ bool ReadWebDavPropChildDateTime(const wchar_t* child_name, pugi::xml_node prop_
     if (time == 0) {
         TRACE_FORMAT(LogLevel::warning,
                      L"Unexpected date-time '{}' of '{}' child node for PROPFIND result '{}' in 'D:prop' element:\n{}", text,
-                     child_name, Masked(href), PrintXml(prop_node));
+                     child_name, Masked(href), PrintXml(prop_node.node));
         return false;
     }
     value = time;
     return true;
 }
 
-bool ReadWebDavPropChildUsername(pugi::xml_node prop_node, std::wstring& value, const wchar_t* href) {
+bool ReadWebDavPropChildUsername(const PropNode& prop_node, std::wstring& value, const wchar_t* href) {
     const pugi::xml_node child = FindProperty(LogLevel::warning, prop_node, L"Office:modifiedby", href);
     if (!child) {
         return false;
@@ -183,7 +202,7 @@ bool ReadWebDavPropChildUsername(pugi::xml_node prop_node, std::wstring& value, 
 bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url, SharePoint::Information& information,
                          bool& is_folder) {
     TRACE_ENTER();
-    const wchar_t* const href = Child(response_node, L"D:href").text().get();
+    const wchar_t* const href = response_node.child(L"D:href").text().get();
     if (!ReadPath(server_url, href, information.m_path)) {
         return false;
     }
@@ -191,7 +210,7 @@ bool ParseWebDavPropfind(pugi::xml_node response_node, const wchar_t* server_url
     if (!propstat) {
         TRACE_RETURN(true);
     }
-    const pugi::xml_node prop = Child(propstat, L"D:prop");
+    const PropNode prop = propstat.child(L"D:prop");
     if (!ReadWebDavPropChild(prop, information.m_name, href) || information.m_name.empty()) {
         information.m_name = LastSegment(information.m_path);
     }

@@ -52,6 +52,58 @@ TEST(MultiStatus, ResponseBecomesARecord) {
     }
 }
 
+TEST(MultiStatus, FirstOfTwoEqualPropertiesCounts) {
+    const char* text =
+        "<D:response><D:href>http://server/a</D:href><D:propstat><D:status>200</D:status><D:prop><D/><D:/>"
+        "<D:getlastmodifie/><D:getcontentlength>1</D:getcontentlength><D:displayname>x</D:displayname>"
+        "<D:displayname>y</D:displayname><D:getcontentlength>2</D:getcontentlength></D:prop></D:propstat></D:response>";
+    pugi::xml_document document;
+    ASSERT_TRUE(ParseXml(document, AsBody(text)));
+    SharePoint::Information record;
+    bool is_folder = true;
+    ASSERT_TRUE(ParseWebDavPropfind(document.first_child(), L"http://server", record, is_folder));
+    EXPECT_EQ(record.m_name, L"x");
+    EXPECT_EQ(record.m_size, 1u);
+    EXPECT_EQ(record.m_modified_time, 0u);
+}
+
+TEST(XmlBody, IsTheDocumentThatTheParserMakesOfTheBytes) {
+    const std::string heads[] = {"<a>",
+                                 "<?xml version=\"1.0\" encoding=\"utf-8\"?><a>",
+                                 "<?xml version='1.0' encoding='Latin1'?><a>",
+                                 "<?xml encoding='iso-8859-1'?><a>",
+                                 "\xEF\xBB\xBF<a>",
+                                 " <a>"};
+    const std::string contents[] = {
+        "",
+        "letters of ASCII for two blocks and some more",
+        "\xC3\xBC\xE2\x82\xAC\xF0\x9F\x93\x84 behind it",
+        "\x80x",
+        "\xC3",
+        "\xE2\x82",
+        "\xF8\x88",
+        "\xC0\x80\xED\xA0\x80\xF7\xBF\xBF\xBF",
+        std::string(13, 'x') + "\xE2\x82\xAC",
+        "<b>&amp;",
+        std::string("x\0y", 3),
+    };
+    for (const std::string& head : heads) {
+        for (const std::string& content : contents) {
+            for (const char* tail : {"</a>", ""}) {
+                const std::string text = head + content + tail;
+                SCOPED_TRACE(text);
+                pugi::xml_document expected;
+                const pugi::xml_parse_result expected_result = expected.load_buffer(text.data(), text.size());
+                pugi::xml_document document;
+                const pugi::xml_parse_result result = ParseXml(document, AsBody(text));
+                EXPECT_EQ(result.status, expected_result.status);
+                EXPECT_EQ(result.offset, expected_result.offset);
+                EXPECT_EQ(PrintXml(document), PrintXml(expected));
+            }
+        }
+    }
+}
+
 TEST(MultiStatus, OddPropertiesAreLoggedWithMaskedUrl) {
     pugi::xml_document document;
     ASSERT_TRUE(ParseXml(document, AsBody(ReadSample("odd_boolean_without_length.xml"))));
