@@ -1,4 +1,5 @@
 #include <stdexcept>
+#include <type_traits>
 
 #include "platform/text.h"
 
@@ -71,6 +72,16 @@ void AppendUtf8(char32_t c, std::string& out) {
     }
 }
 
+/// Without an early end, so that the compiler looks at several characters at once.
+template <typename Character>
+bool IsAscii(std::basic_string_view<Character> text) noexcept {
+    std::make_unsigned_t<Character> all = 0;
+    for (const Character c : text) {
+        all |= static_cast<std::make_unsigned_t<Character>>(c);
+    }
+    return all < 0x80;
+}
+
 void AppendUnit(char32_t unit, std::string& out) {
     out += static_cast<char>(unit & 0xFF);
     out += static_cast<char>((unit >> 8) & 0xFF);
@@ -79,6 +90,9 @@ void AppendUnit(char32_t unit, std::string& out) {
 } // namespace
 
 std::wstring WideFromUtf8(std::string_view text) {
+    if (IsAscii(text)) {
+        return std::wstring(text.begin(), text.end());
+    }
     std::wstring wide;
     wide.reserve(text.size());
     for (std::size_t position = 0; position < text.size();) {
@@ -94,6 +108,9 @@ std::wstring WideFromUtf8(std::string_view text) {
 }
 
 std::string Utf8FromWide(std::wstring_view text) {
+    if (IsAscii(text)) {
+        return std::string(text.begin(), text.end());
+    }
     std::string utf8;
     utf8.reserve(text.size());
     for (std::size_t position = 0; position < text.size();) {

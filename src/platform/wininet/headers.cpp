@@ -14,7 +14,8 @@ constexpr size_t max_head = 256 * 1024;
 } // namespace
 
 void AnswerHead::Clear() {
-    m_lines.clear();
+    m_text.clear();
+    m_line_begins.clear();
     m_reason.clear();
     m_size = 0;
     m_status = 0;
@@ -25,7 +26,7 @@ DWORD AnswerHead::AddLine(std::string_view raw) {
     while (raw.ends_with('\n') || raw.ends_with('\r')) {
         raw.remove_suffix(1);
     }
-    if (raw.starts_with("HTTP/") && (m_complete || m_lines.empty())) {
+    if (raw.starts_with("HTTP/") && (m_complete || m_line_begins.empty())) {
         BeginAnswer(raw);
         return ERROR_SUCCESS;
     }
@@ -40,17 +41,28 @@ DWORD AnswerHead::AddLine(std::string_view raw) {
         m_complete = true;
         return CheckContentLength();
     }
-    if ((raw.front() == ' ' || raw.front() == '\t') && m_lines.size() > 1) {
-        m_lines.back().append(" ").append(Trim(raw));
+    if ((raw.front() == ' ' || raw.front() == '\t') && m_line_begins.size() > 1) {
+        m_text.append(" ").append(Trim(raw));
     } else {
-        m_lines.emplace_back(raw);
+        BeginLine(raw);
     }
     return ERROR_SUCCESS;
 }
 
+void AnswerHead::BeginLine(std::string_view line) {
+    m_line_begins.push_back(m_text.size());
+    m_text += line;
+}
+
+std::string_view AnswerHead::RawLine(size_t index) const noexcept {
+    const size_t begin = m_line_begins[index];
+    const size_t end = index + 1 < m_line_begins.size() ? m_line_begins[index + 1] : m_text.size();
+    return std::string_view(m_text).substr(begin, end - begin);
+}
+
 void AnswerHead::BeginAnswer(std::string_view line) {
     Clear();
-    m_lines.emplace_back(line);
+    BeginLine(line);
     const size_t blank = line.find(' ');
     if (blank == std::string_view::npos) {
         return;
@@ -80,14 +92,17 @@ DWORD AnswerHead::CheckContentLength() const {
 }
 
 std::optional<std::string_view> AnswerHead::Value(std::string_view name, size_t index) const noexcept {
-    for (size_t i = 1; i < m_lines.size(); ++i) {
-        const std::string_view line = m_lines[i];
-        const size_t colon = line.find(':');
-        if (colon == std::string_view::npos || !SameName(Trim(line.substr(0, colon)), name)) {
+    for (size_t i = 1; i < m_line_begins.size(); ++i) {
+        const std::string_view line = Trim(RawLine(i));
+        if (line.size() <= name.size() || !SameName(line.substr(0, name.size()), name)) {
+            continue;
+        }
+        const std::string_view rest = Trim(line.substr(name.size()));
+        if (!rest.starts_with(':')) {
             continue;
         }
         if (index == 0) {
-            return Trim(line.substr(colon + 1));
+            return Trim(rest.substr(1));
         }
         --index;
     }

@@ -23,17 +23,21 @@ public:
     int Status() const noexcept { return m_status; }
     const std::string& Reason() const noexcept { return m_reason; }
 
-    /// The status line, then the header lines, without line ends.
-    const std::vector<std::string>& RawLines() const noexcept { return m_lines; }
+    /// How many lines there are, and the n-th: the status line, then the header lines, without line ends.
+    size_t LineCount() const noexcept { return m_line_begins.size(); }
+    std::string_view RawLine(size_t index) const noexcept;
 
     /// The value of the n-th line of this name; lines aren't folded.
     std::optional<std::string_view> Value(std::string_view name, size_t index) const noexcept;
 
 private:
     void BeginAnswer(std::string_view line);
+    void BeginLine(std::string_view line);
     DWORD CheckContentLength() const;
 
-    std::vector<std::string> m_lines;
+    // One text for all lines: a head is copied whenever an answer is taken, and each line would be an allocation.
+    std::string m_text;
+    std::vector<size_t> m_line_begins;
     std::string m_reason;
     size_t m_size = 0;
     int m_status = 0;

@@ -232,6 +232,7 @@ DWORD Canonicalize(const wchar_t* begin, const wchar_t* end, bool decode, Writer
     if (HasControl(begin, end)) {
         return ERROR_INTERNET_INVALID_URL;
     }
+    decode = decode && std::find(begin, end, L'%') != end;
     UrlParts parts;
     if (const DWORD error = SplitUrl(begin, end, parts); error != ERROR_SUCCESS) {
         return error;

@@ -1,7 +1,7 @@
 #include "platform/wininet/lines.h"
 
 #include <algorithm>
-#include <cstring>
+#include <array>
 #include <stdexcept>
 
 #include "platform/text.h"
@@ -12,10 +12,17 @@ namespace {
 
 char Lower(char c) noexcept { return c >= 'A' && c <= 'Z' ? static_cast<char>(c + ('a' - 'A')) : c; }
 
-bool IsTokenChar(char c) noexcept {
-    const bool letter_or_digit = (c >= '0' && c <= '9') || (Lower(c) >= 'a' && Lower(c) <= 'z');
-    return letter_or_digit || (c != '\0' && std::strchr("!#$%&'*+-.^_`|~", c) != nullptr);
-}
+constexpr auto token_chars = [] {
+    std::array<bool, 256> is_one{};
+    for (const char c : std::string_view("!#$%&'*+-.^_`|~0123456789abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ")) {
+        is_one[static_cast<unsigned char>(c)] = true;
+    }
+    return is_one;
+}();
+
+bool IsTokenChar(char c) noexcept { return token_chars[static_cast<unsigned char>(c)]; }
+
+bool IsBlank(char c) noexcept { return c == ' ' || c == '\t'; }
 
 /// Controls but the tab would end a line or a text somewhere on the way.
 bool IsValueChar(char c) noexcept {
@@ -44,8 +51,13 @@ bool SameName(std::string_view a, std::string_view b) noexcept {
 }
 
 std::string_view Trim(std::string_view text) noexcept {
-    const size_t first = text.find_first_not_of(" \t");
-    return first == std::string_view::npos ? std::string_view() : text.substr(first, text.find_last_not_of(" \t") - first + 1);
+    while (!text.empty() && IsBlank(text.front())) {
+        text.remove_prefix(1);
+    }
+    while (!text.empty() && IsBlank(text.back())) {
+        text.remove_suffix(1);
+    }
+    return text;
 }
 
 bool IsToken(std::string_view text) noexcept { return !text.empty() && std::all_of(text.begin(), text.end(), IsTokenChar); }

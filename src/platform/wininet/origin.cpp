@@ -76,6 +76,7 @@ bool EncodeTarget(std::wstring_view path, std::string& out_target) {
         return false;
     }
     out_target = "/";
+    out_target.reserve(bytes.size() + 1);
     constexpr char digits[] = "0123456789ABCDEF";
     for (const char c : bytes) {
         const auto byte = static_cast<unsigned char>(c);

@@ -68,8 +68,8 @@ DWORD GiveCustom(const AnswerHead& head, bool as_number, LPVOID buffer, DWORD& l
 
 DWORD GiveRaw(const AnswerHead& head, std::wstring_view line_end, LPVOID buffer, DWORD& length) {
     std::wstring text;
-    for (const std::string& line : head.RawLines()) {
-        text += WideFromWire(line);
+    for (size_t i = 0; i < head.LineCount(); ++i) {
+        text += WideFromWire(head.RawLine(i));
         text += line_end;
     }
     return GiveText(text, buffer, length);

@@ -24,7 +24,8 @@ BOOL Answer(DWORD error) noexcept {
 std::optional<std::string> CleanUtf8(LPCWSTR text) {
     try {
         std::string bytes = text == nullptr ? std::string() : Utf8FromWide(text);
-        return bytes.find_first_of("\r\n") == std::string::npos ? std::optional(std::move(bytes)) : std::nullopt;
+        const bool is_one_line = bytes.find('\r') == std::string::npos && bytes.find('\n') == std::string::npos;
+        return is_one_line ? std::optional(std::move(bytes)) : std::nullopt;
     } catch (const std::range_error&) {
         return std::nullopt;
     }
