@@ -14,7 +14,6 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr size_t block_size = 64 * 1024;
 constexpr size_t spill_limit = 64 * 1024;
 /// What is read away at most, in bytes and time, to keep a connection whose answer nobody read to the end.
 constexpr size_t drain_bytes = 64 * 1024;
@@ -128,9 +127,7 @@ DWORD Connection::Start(const Transfer& transfer) {
     ResetState(transfer);
     m_uses_tls = m_uses_tls || (transfer.use_proxy && HasTlsProxy()) || transfer.url.starts_with("https");
     SetUpTransfer(transfer);
-    if (!SetUpLines(transfer.lines)) {
-        return ERROR_NOT_ENOUGH_MEMORY;
-    }
+    SetUpLines(transfer);
     if (curl_multi_add_handle(m_multi.get(), m_easy.get()) != CURLM_OK) {
         return ERROR_INTERNET_INTERNAL_ERROR;
     }
@@ -273,7 +270,7 @@ DWORD Connection::Feed(const char* data, size_t size) {
         const DWORD error = HeadResult();
         return error == ERROR_INTERNET_FORCE_RETRY ? ERROR_SUCCESS : error;
     }
-    if (m_block.size() + size < block_size) {
+    if (m_block.size() + size < upload_block) {
         m_block.append(data, size);
         return ERROR_SUCCESS;
     }
@@ -416,7 +413,7 @@ size_t Connection::OnFeed(char* buffer, size_t size, size_t count, void* self) {
 
 size_t Connection::GiveFeed(char* buffer, size_t room) {
     const size_t available = m_block.size() + m_pending_size;
-    const size_t wanted = std::min(room, block_size);
+    const size_t wanted = std::min(room, upload_block);
     const size_t size = std::min(available, wanted);
     // The last bytes wait for the end, so that a body that turns out too long never becomes a complete request.
     const bool completes = m_fed + size >= m_upload_size;

@@ -24,6 +24,9 @@ struct Limits {
     DWORD data_receive = 60000;
 };
 
+/// What an upload hands to the system at once: each block costs two polls, whatever its size.
+inline constexpr size_t upload_block = 256 * 1024;
+
 enum class BodyKind { none, memory, upload };
 
 /// Everything that one exchange is made of.
@@ -95,8 +98,8 @@ private:
     void SetUpTransfer(const Transfer& transfer);
     void SetUpBody(const Transfer& transfer);
     void SetUpCredentials(const Transfer& transfer);
-    void SetUpHost();
-    bool SetUpLines(const Lines& lines);
+    void SetUpHost(bool secure);
+    void SetUpLines(const Transfer& transfer);
     void ResetState(const Transfer& transfer);
 
     template <typename Goal>
@@ -119,7 +122,8 @@ private:
 
     std::unique_ptr<CURLM, MultiDeleter> m_multi;
     std::unique_ptr<CURL, EasyDeleter> m_easy;
-    List m_lines;
+    std::string m_line_text;
+    std::vector<curl_slist> m_lines;
     List m_connect_to;
     char m_error_text[CURL_ERROR_SIZE] = "";
 
@@ -131,6 +135,8 @@ private:
     bool m_active = false;
     /// Some transfer of this connection may have gone through TLS, to the server or to a proxy of the environment.
     bool m_uses_tls = false;
+    /// Accounts are set on the handle, and have to be taken back.
+    bool m_has_credentials = true;
     bool m_done = false;
     bool m_bad_head = false;
     bool m_request_sent = false;

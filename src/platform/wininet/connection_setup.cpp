@@ -49,7 +49,6 @@ void Connection::SetUpOnce() {
     curl_easy_setopt(easy, CURLOPT_SSL_VERIFYHOST, 2L);
     curl_easy_setopt(easy, CURLOPT_SUPPRESS_CONNECT_HEADERS, 0L);
     curl_easy_setopt(easy, CURLOPT_BUFFERSIZE, buffer_size);
-    curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, buffer_size);
     curl_easy_setopt(easy, CURLOPT_PROXYAUTH, static_cast<long>(CURLAUTH_BASIC | CURLAUTH_DIGEST | CURLAUTH_NTLM));
     curl_easy_setopt(easy, CURLOPT_HEADERFUNCTION, &Connection::OnHeader);
     curl_easy_setopt(easy, CURLOPT_HEADERDATA, this);
@@ -65,13 +64,15 @@ void Connection::SetUpOnce() {
 void Connection::SetUpTransfer(const Transfer& transfer) {
     CURL* easy = m_easy.get();
     curl_easy_setopt(easy, CURLOPT_URL, transfer.url.c_str());
-    curl_easy_setopt(easy, CURLOPT_USERAGENT, OrNull(transfer.user_agent));
+    const bool secure = transfer.url.starts_with("https");
+    // Formatted twice by libcurl when given so; the request itself carries a line, and this is for a proxy's tunnel alone.
+    curl_easy_setopt(easy, CURLOPT_USERAGENT, secure && transfer.use_proxy ? OrNull(transfer.user_agent) : nullptr);
     curl_easy_setopt(easy, CURLOPT_CONNECTTIMEOUT_MS, static_cast<long>(transfer.limits.connect));
     curl_easy_setopt(easy, CURLOPT_FORBID_REUSE, transfer.keep_connection ? 0L : 1L);
     curl_easy_setopt(easy, CURLOPT_NOPROXY, transfer.use_proxy ? nullptr : "*");
     SetUpBody(transfer);
     SetUpCredentials(transfer);
-    SetUpHost();
+    SetUpHost(secure);
 }
 
 void Connection::SetUpBody(const Transfer& transfer) {
@@ -81,10 +82,12 @@ void Connection::SetUpBody(const Transfer& transfer) {
     curl_easy_setopt(easy, CURLOPT_UPLOAD, 0L);
     if (transfer.body_kind == BodyKind::memory) {
         curl_easy_setopt(easy, CURLOPT_POST, 1L);
+        curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, buffer_size);
         curl_easy_setopt(easy, CURLOPT_POSTFIELDS, transfer.body->data());
         curl_easy_setopt(easy, CURLOPT_POSTFIELDSIZE_LARGE, static_cast<curl_off_t>(transfer.body->size()));
     } else if (transfer.body_kind == BodyKind::upload) {
         curl_easy_setopt(easy, CURLOPT_UPLOAD, 1L);
+        curl_easy_setopt(easy, CURLOPT_UPLOAD_BUFFERSIZE, static_cast<long>(upload_block));
         curl_easy_setopt(easy, CURLOPT_INFILESIZE_LARGE, static_cast<curl_off_t>(transfer.upload_size));
     } else {
         curl_easy_setopt(easy, transfer.verb == "HEAD" ? CURLOPT_NOBODY : CURLOPT_HTTPGET, 1L);
@@ -97,6 +100,11 @@ void Connection::SetUpCredentials(const Transfer& transfer) {
     const Credential& credential = transfer.credential;
     const bool negotiate = credential.scheme == Scheme::negotiate;
     const bool none = credential.scheme == Scheme::none;
+    const bool any = !none || !transfer.proxy_account.IsEmpty();
+    if (!any && !m_has_credentials) {
+        return;
+    }
+    m_has_credentials = any;
     curl_easy_setopt(easy, CURLOPT_HTTPAUTH, AuthBits(credential.scheme));
     curl_easy_setopt(easy, CURLOPT_USERNAME, none ? nullptr : negotiate ? "" : credential.account.user.c_str());
     curl_easy_setopt(easy, CURLOPT_PASSWORD, none ? nullptr : negotiate ? "" : credential.account.password.c_str());
@@ -105,7 +113,7 @@ void Connection::SetUpCredentials(const Transfer& transfer) {
 }
 
 /// What the host settled: more trust, and names that stand elsewhere.
-void Connection::SetUpHost() {
+void Connection::SetUpHost(bool secure) {
     const HostSettings settings = CurrentSettings();
     curl_easy_setopt(m_easy.get(), CURLOPT_CONNECT_TO, nullptr);
     m_connect_to.reset();
@@ -113,6 +121,9 @@ void Connection::SetUpHost() {
         m_connect_to.reset(curl_slist_append(m_connect_to.release(), mapping.c_str()));
     }
     curl_easy_setopt(m_easy.get(), CURLOPT_CONNECT_TO, m_connect_to.get());
+    if (!secure) {
+        return;
+    }
     static const std::string system_file =
         curl_version_info(CURLVERSION_NOW)->cainfo != nullptr ? curl_version_info(CURLVERSION_NOW)->cainfo : "";
     // The system's authorities stay trusted through its certificate folder, which libcurl searches as well.
@@ -120,27 +131,34 @@ void Connection::SetUpHost() {
                      OrNull(settings.certificate_file.empty() ? system_file : settings.certificate_file));
 }
 
-bool Connection::SetUpLines(const Lines& lines) {
-    List list;
+/// The list that libcurl reads stands in memory of this connection, which the next transfer uses again.
+void Connection::SetUpLines(const Transfer& transfer) {
+    const Lines& lines = transfer.lines;
+    m_line_text.clear();
+    std::vector<size_t> begins;
+    begins.reserve(lines.size() + 4);
+    const auto append = [&](std::string_view name, std::string_view separator, std::string_view value) {
+        begins.push_back(m_line_text.size());
+        m_line_text.append(name).append(separator).append(value).push_back('\0');
+    };
     // libcurl's own lines that are never wanted; a line of the same name below replaces the others by itself.
-    for (const char* own : {"Expect:", FindLine(lines, "Accept") == nullptr ? "Accept:" : nullptr,
-                            FindLine(lines, "Content-Type") == nullptr ? "Content-Type:" : nullptr}) {
-        if (own != nullptr) {
-            list.reset(curl_slist_append(list.release(), own));
+    append("Expect", ":", "");
+    for (const char* own : {"Accept", "Content-Type"}) {
+        if (FindLine(lines, own) == nullptr) {
+            append(own, ":", "");
         }
+    }
+    if (!transfer.user_agent.empty() && FindLine(lines, "User-Agent") == nullptr) {
+        append("User-Agent", ": ", transfer.user_agent);
     }
     for (const Line& line : lines) {
-        const std::string text = line.value.empty() ? line.name + ";" : line.name + ": " + line.value;
-        curl_slist* longer = curl_slist_append(list.get(), text.c_str());
-        if (longer == nullptr) {
-            return false;
-        }
-        list.release();
-        list.reset(longer);
+        append(line.name, line.value.empty() ? ";" : ": ", line.value);
     }
-    curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, list.get());
-    m_lines = std::move(list);
-    return true;
+    m_lines.resize(begins.size());
+    for (size_t i = 0; i < begins.size(); ++i) {
+        m_lines[i] = {m_line_text.data() + begins[i], i + 1 < begins.size() ? &m_lines[i + 1] : nullptr};
+    }
+    curl_easy_setopt(m_easy.get(), CURLOPT_HTTPHEADER, m_lines.data());
 }
 
 } // namespace wininet
