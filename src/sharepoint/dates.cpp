@@ -78,7 +78,8 @@ public:
     template <std::size_t count>
     int ReadName(const std::wstring_view (&names)[count]) noexcept {
         for (std::size_t index = 0; index < count; ++index) {
-            if (SkipText(names[index]) || SkipText(names[index].substr(0, 3))) {
+            if (SkipText(names[index].substr(0, 3))) {
+                SkipText(names[index].substr(3));
                 return static_cast<int>(index);
             }
         }
