@@ -89,6 +89,10 @@ private:
     /// whether this host gave this status for the first time, without which no demand would ever end.
     bool Send() {
         m_status = SendOnce(m_handle, m_headers.c_str(), m_message.body, m_message.body_size);
+        // Most requests are answered at once, and then nobody asks who answered.
+        if (m_answers.empty() && ClassifyAnswer(m_status, true) == Demand::none) {
+            return true;
+        }
         Session::CrackUri(GetRequestUri(m_handle), nullptr, &m_host, nullptr, nullptr, nullptr);
         auto answer = std::make_pair(m_host, m_status);
         if (std::find(m_answers.begin(), m_answers.end(), answer) != m_answers.end()) {
