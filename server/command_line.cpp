@@ -1,6 +1,7 @@
 #include "server/command_line.h"
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 
 namespace trial {
@@ -34,6 +35,21 @@ AuthMode ReadAuth(const std::string& text) {
     throw UsageError("--auth: '" + text + "' is none of none, basic, ntlm, forms");
 }
 
+// "/sites/a/" and "sites/a" name the same web; the root, which is always one, is the empty path.
+std::string ReadSite(std::string_view text) {
+    std::string path;
+    for (std::size_t start = 0; start < text.size();) {
+        const std::size_t end = std::min(text.find('/', start), text.size());
+        const std::string_view segment = text.substr(start, end - start);
+        if (segment == "." || segment == "..")
+            throw UsageError("--site: '" + std::string(text) + "' isn't a path below the root");
+        if (!segment.empty())
+            path.append(path.empty() ? "" : "/").append(segment);
+        start = end + 1;
+    }
+    return path;
+}
+
 // The library would read "-1" as a very large number.
 CLI::Validator NotNegative() {
     return CLI::Validator(
@@ -54,7 +70,7 @@ void CheckHeaderText(const std::string& text) {
 std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv) {
     ServerOptions options;
     std::string listen = "127.0.0.1:0", auth = "none";
-    std::vector<std::string> tls, users, faults;
+    std::vector<std::string> tls, users, sites, faults;
     CLI::App app("A small server that speaks what document libraries speak, for trials and tests.", "kov-server");
     app.set_version_flag("--version", "kov-server 1.0.0");
     app.add_option("--root", options.root, "the tree: contents as plain files, the rest in one SQLite file beside them")
@@ -68,7 +84,7 @@ std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv)
         ->type_name("NAME:PASSWORD[:read]")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-    app.add_option("--site", options.sites, "a web at this path; may be repeated")
+    app.add_option("--site", sites, "a web at this path; may be repeated")
         ->type_name("PATH")
         ->expected(1)
         ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
@@ -92,6 +108,8 @@ std::variant<ServerOptions, std::string> ParseCommandLine(int argc, char** argv)
         CheckHeaderText(options.version_header);
         for (const std::string& user : users)
             options.accounts.push_back(ParseAccount(user));
+        for (const std::string& site : sites)
+            options.sites.push_back(ReadSite(site));
         for (const std::string& fault : faults)
             options.faults.push_back(ParseFault(fault));
     } catch (const CLI::CallForHelp&) {

@@ -28,6 +28,12 @@ std::string PathOfUrl(const Request& request, std::string_view url) {
     return *path;
 }
 
+std::string PathBehindLink(const std::string& path) {
+    constexpr std::size_t prefix_size = 6;
+    const bool is_link = path.size() > prefix_size && path[0] == ':' && path[2] == ':' && path[3] == '/' && path[5] == '/';
+    return is_link ? path.substr(prefix_size) : path;
+}
+
 std::string UrlOf(const Request& request, std::string_view path) { return request.Origin() + "/" + EncodePath(path); }
 
 Response MultistatusOf(const Request& request, const std::vector<Obstacle>& obstacles) {

@@ -28,14 +28,6 @@ std::string ReadLiteral(std::string_view text) {
     return value;
 }
 
-// "/:b:/r/sites/x/doc.pdf?…" is the short form of a link to "/sites/x/doc.pdf"; the letter says of what kind the file is.
-std::string PathOfLink(const Request& request, const std::string& link) {
-    const std::string path = PathOfUrl(request, link);
-    constexpr std::size_t prefix_size = 6;
-    const bool is_short = path.size() > prefix_size && path[0] == ':' && path[2] == ':' && path[3] == '/' && path[5] == '/';
-    return is_short ? path.substr(prefix_size) : path;
-}
-
 std::string FileJson(const Entry& entry) {
     rapidjson::StringBuffer buffer;
     Writer writer(buffer);
@@ -87,7 +79,7 @@ Response AnswerRest(const Call& call, std::string_view resource) {
     if (link == fields.end())
         return ErrorAnswer(400, "The parameter @url is missing.");
     try {
-        const auto entry = call.store.Find(PathOfLink(call.request, ReadLiteral(link->second)));
+        const auto entry = call.store.Find(PathBehindLink(PathOfUrl(call.request, ReadLiteral(link->second))));
         if (!entry || entry->is_folder)
             return ErrorAnswer(404, "File not found.");
         return Response::Text(200, std::string(json_type), FileJson(*entry));

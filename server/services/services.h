@@ -34,6 +34,9 @@ std::optional<Response> AnswerSignInPage(const Request& request, Accounts& accou
 Writer WriterOf(const Call& call);
 /// The path on this server that a URL of a header or a body names. Refusal 502 for another server, 400 for what is no URL.
 std::string PathOfUrl(const Request& request, std::string_view url);
+/// The path of the file that a link made for sharing leads to: ":b:/r/sites/x/doc.pdf" is the short form of one to
+/// "sites/x/doc.pdf", the letter says of what kind the file is. Other paths come back as they are.
+std::string PathBehindLink(const std::string& path);
 /// Absolute, escaped once, and always the same spelling for one path.
 std::string UrlOf(const Request& request, std::string_view path);
 /// 207, each obstacle with its own status.

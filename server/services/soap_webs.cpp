@@ -1,3 +1,4 @@
+#include "server/services/services.h"
 #include "server/services/soap.h"
 #include "server/wire/http_text.h"
 
@@ -6,7 +7,7 @@ namespace {
 
 // The URL comes back unescaped, and for pages that don't exist as well: it is asked before anything else.
 std::string WebUrlFromPageUrl(const Call& call, const XmlElement& arguments) {
-    const std::string_view web = call.webs.DeepestAt(SoapPath(call, arguments));
+    const std::string_view web = call.webs.DeepestAt(PathBehindLink(SoapPath(call, arguments)));
     return EscapeXml(web.empty() ? call.request.Origin() : call.request.Origin() + "/" + std::string(web));
 }
 

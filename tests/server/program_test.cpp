@@ -33,6 +33,7 @@ TEST(ServerProgram, SaysInOneLineWhatIsWrongWithItsOptions) {
         {"--root", root, "--bandwidth", "-1"},
         {"--root", root, "--tls", "certificate.pem"},
         {"--root", root, "--version-header", "15\r\nX: y"},
+        {"--root", root, "--site", "../beside"},
     };
     for (std::vector<std::string> row : rows) {
         const std::string what = row.empty() ? "nothing" : row.back();
@@ -77,9 +78,11 @@ TEST(ServerProgram, KeepsWhatItAcknowledgedWhenItIsKilled) {
 TEST(ServerProgram, WritesAJournalAndMeetsItsFaults) {
     const TestFolder folder;
     ServerProgram server({"--root", folder.Path("root"), "--journal", folder.Path("journal"), "--fault",
-                          "GET /none* 1 status=503", "--site", "sites/a", "--version-header", ""});
+                          "GET /none* 1 status=503", "--site", "sites/a", "--site", "/sites/b/", "--site", "/",
+                          "--version-header", ""});
     EXPECT_EQ(Send({"GET", server.Origin() + "/none"}).status, 503);
     EXPECT_EQ(Send({"GET", server.Origin() + "/none"}).status, 404);
+    EXPECT_EQ(Send({"PROPFIND", server.Origin() + "/sites/b", {"Depth: 0"}}).status, 207);
     const Answer site = Send({"PROPFIND", server.Origin() + "/sites/a", {"Depth: 0"}});
     EXPECT_EQ(site.status, 207);
     EXPECT_EQ(site.Header("MicrosoftSharePointTeamServices"), "");
@@ -87,7 +90,7 @@ TEST(ServerProgram, WritesAJournalAndMeetsItsFaults) {
     EXPECT_THAT(journal, StartsWith(R"({"method":"GET","target":"/none","headers":[["Host",")"));
     EXPECT_THAT(journal, HasSubstr(R"("body":"","status":503})"
                                    "\n"));
-    EXPECT_EQ(std::count(journal.begin(), journal.end(), '\n'), 3);
+    EXPECT_EQ(std::count(journal.begin(), journal.end(), '\n'), 4);
 }
 
 // In a process of its own: the security library's plug-in for NTLM leaves memory behind at each handshake.

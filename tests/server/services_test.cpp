@@ -28,6 +28,7 @@ TEST(WebsService, NamesTheDeepestWebUnescapedAndForAnyPage) {
         {"/SITES/My%20Web/none.pdf", "/sites/my web"},
         {"/sites/my%20webs/a.pdf", ""},
         {"/sites/my%20web/deep/x/y.pdf", "/sites/my web/deep"},
+        {"/:b:/r/sites/my%20web/a.pdf", "/sites/my web"},
     };
     TrialServer server(sites);
     for (const Row& row : rows) {
