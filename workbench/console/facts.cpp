@@ -65,6 +65,6 @@ Record FactsRecord(const Facts& facts) {
 
 std::string FactsText(const Facts& facts) {
     return fmt::format("{:20}  {:>12}  {}{}", Rfc3339(facts.modified).value_or("-"),
-                       facts.is_folder ? std::string("folder") : std::to_string(facts.size), Utf8FromWide(facts.title),
+                       facts.is_folder ? std::string("folder") : std::to_string(facts.size), Printable(facts.title),
                        facts.is_folder ? "/" : "");
 }

@@ -37,9 +37,8 @@ void List(const Context& context, const CommandCall& call) {
 void Info(const Context& context, const CommandCall& call) {
     const Facts facts = FactsOf(context, context.places.Find(call.words[0]));
     context.output.Write(FactsRecord(facts),
-                         fmt::format("{}\n  url       {}\n  size      {}\n  created   {}\n  modified  {}",
-                                     Utf8FromWide(facts.title), EncodeLocation(facts.url),
-                                     facts.is_folder ? "folder" : std::to_string(facts.size),
+                         fmt::format("{}\n  url       {}\n  size      {}\n  created   {}\n  modified  {}", Printable(facts.title),
+                                     EncodeLocation(facts.url), facts.is_folder ? "folder" : std::to_string(facts.size),
                                      Rfc3339(facts.created).value_or("-"), Rfc3339(facts.modified).value_or("-")));
 }
 

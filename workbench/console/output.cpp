@@ -37,20 +37,36 @@ void WriteObject(Writer& writer, const Record& record) {
     writer.EndObject();
 }
 
+constexpr const char* replacement = "\xEF\xBF\xBD";
+
 /// Texts of a module or a server may hold what isn't well-formed; a failure must be told all the same.
+std::string Utf8OrReplacement(wchar_t c) {
+    try {
+        return Utf8FromWide(std::wstring_view(&c, 1));
+    } catch (const std::exception&) {
+        return replacement;
+    }
+}
+
 std::string Utf8OrReplacement(const std::wstring& text) {
     std::string converted;
     for (const wchar_t c : text) {
-        try {
-            converted += Utf8FromWide(std::wstring_view(&c, 1));
-        } catch (const std::exception&) {
-            converted += "\xEF\xBF\xBD";
-        }
+        converted += Utf8OrReplacement(c);
     }
     return converted;
 }
 
+bool IsControl(wchar_t c) { return c < 0x20 || (c >= 0x7F && c < 0xA0); }
+
 } // namespace
+
+std::string Printable(const std::wstring& text, std::wstring_view kept) {
+    std::string printable;
+    for (const wchar_t c : text) {
+        printable += IsControl(c) && kept.find(c) == kept.npos ? replacement : Utf8OrReplacement(c);
+    }
+    return printable;
+}
 
 std::string ToJson(const Record& record) {
     rapidjson::StringBuffer buffer;
@@ -71,8 +87,11 @@ std::string ToJson(const char* name, const Record& record) {
 
 void Output::Line(std::FILE* stream, const std::string& text) {
     const std::lock_guard guard(m_lock);
-    fmt::print(stream, "{}\n", text);
-    std::fflush(stream);
+    std::fwrite(text.data(), 1, text.size(), stream);
+    std::fputc('\n', stream);
+    if ((std::fflush(stream) != 0 || std::ferror(stream) != 0) && stream == stdout) {
+        m_has_lost_results = true;
+    }
 }
 
 void Output::Write(const Record& record, const std::string& text) {
@@ -93,10 +112,10 @@ void Output::WriteBox(const Record& record, const std::string& text) {
 
 void Output::WriteFailure(HRESULT result, const std::wstring& message) {
     const std::string code = fmt::format("0x{:08x}", static_cast<std::uint32_t>(result));
-    std::string text = Utf8OrReplacement(message);
     if (m_json) {
-        Line(stdout, ToJson("error", {{"hresult", code}, {"message", text}}));
+        Line(stdout, ToJson("error", {{"hresult", code}, {"message", Utf8OrReplacement(message)}}));
     } else {
+        std::string text = Printable(message, L"\n");
         // The marks of bold type are for boxes.
         for (const std::string_view mark : {"<b>", "</b>"}) {
             for (std::size_t at = text.find(mark); at != std::string::npos; at = text.find(mark, at)) {
@@ -107,8 +126,4 @@ void Output::WriteFailure(HRESULT result, const std::wstring& message) {
     }
 }
 
-void Output::WriteNote(const std::string& text) {
-    if (!m_json) {
-        Line(stderr, text);
-    }
-}
+void Output::WriteNote(const std::string& text) { Line(stderr, text); }

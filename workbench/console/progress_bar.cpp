@@ -1,6 +1,7 @@
 #include "workbench/console/progress_bar.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include <fmt/format.h>
 #include <unistd.h>
@@ -17,7 +18,7 @@ ProgressBar::ProgressBar(const Output& output, std::string what, LONGLONG total)
 
 ProgressBar::~ProgressBar() {
     if (m_has_line) {
-        fmt::print(stderr, "\r{:78}\r", "");
+        std::fputs(fmt::format("\r{:78}\r", "").c_str(), stderr);
     }
 }
 
@@ -28,9 +29,10 @@ void ProgressBar::Update(LONGLONG done) {
     const double seconds = std::chrono::duration<double>(Clock::now() - m_start).count();
     const double share = m_total > 0 ? std::min(1.0, static_cast<double>(done) / static_cast<double>(m_total)) : 0;
     const int filled = static_cast<int>(share * bar_width);
-    fmt::print(stderr, "\r{} [{:=<{}}{:<{}}] {:.1f} of {:.1f} MiB, {:.1f} MiB/s ", m_what, "", filled, "", bar_width - filled,
-               static_cast<double>(done) / mebibyte, static_cast<double>(m_total) / mebibyte,
-               static_cast<double>(done) / mebibyte / seconds);
+    const std::string line = fmt::format("\r{} [{:=<{}}{:<{}}] {:.1f} of {:.1f} MiB, {:.1f} MiB/s ", m_what, "", filled, "",
+                                         bar_width - filled, static_cast<double>(done) / mebibyte,
+                                         static_cast<double>(m_total) / mebibyte, static_cast<double>(done) / mebibyte / seconds);
+    std::fputs(line.c_str(), stderr);
     std::fflush(stderr);
     m_has_line = true;
     m_next = Clock::now() + std::chrono::milliseconds(200);
