@@ -1,6 +1,8 @@
 #include "workbench/core/cab_template.h"
 
 #include <charconv>
+#include <stdexcept>
+
 #include <pugixml.hpp>
 
 #include "platform/errors.h"
@@ -23,7 +25,18 @@ constexpr TypeRow types[] = {
     {L"Dictionary", KOV::CabItemType_Dictionary},
 };
 
-std::string Shown(std::wstring_view text) { return "'" + Utf8FromWide(text) + "'"; }
+/// A text of the document in a message. The parser lets characters through that have no UTF-8; they are shown as U+FFFD.
+std::string Shown(std::wstring_view text) {
+    std::string shown = "'";
+    for (const wchar_t& c : text) {
+        try {
+            shown += Utf8FromWide({&c, 1});
+        } catch (const std::range_error&) {
+            shown += "\xEF\xBF\xBD";
+        }
+    }
+    return shown + "'";
+}
 
 [[noreturn]] void ThrowBroken(const std::string& why) {
     throw HostException(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), "The settings template can't be used: " + why);
@@ -31,7 +44,10 @@ std::string Shown(std::wstring_view text) { return "'" + Utf8FromWide(text) + "'
 
 template <class Number>
 CabValue ReadNumber(const std::wstring& text, CabValue (*make)(Number)) {
-    const std::string digits = Utf8FromWide(text);
+    std::string digits;
+    for (const wchar_t c : text) {
+        digits += c > 0 && c < 0x80 ? static_cast<char>(c) : '?';
+    }
     Number number{};
     const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), number);
     if (error != std::errc() || end != digits.data() + digits.size()) {

@@ -323,6 +323,7 @@ void CacheEntry::SendBytes(const Call& call) {
             sent += count;
         }
         pos += piece;
+        m_folder->TellSent(pos);
     }
 }
 

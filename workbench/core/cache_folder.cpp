@@ -201,9 +201,10 @@ std::vector<UnsavedCopy> CacheFolder::ListUnsaved() {
 void CacheFolder::DiscardUnsaved(std::int64_t mark) {
     for (const UnsavedCopy& copy : ListUnsaved()) {
         if (copy.id == mark) {
-            ClearMark(mark);
+            // First the bytes: on a full disk the store can't write either. A mark without its file is no unsaved copy any more.
             std::error_code error;
             fs::remove(copy.path, error);
+            ClearMark(mark);
             return;
         }
     }
@@ -217,6 +218,18 @@ bool CacheFolder::WasUploaded(const std::wstring& url) {
 
 void CacheFolder::ForgetUpload(const std::wstring& url) {
     Store::Query(*m_store, "DELETE FROM uploaded WHERE url=?1").Bind(1, url).Run();
+}
+
+void CacheFolder::ObserveUploads(std::function<void(LONGLONG sent)> observer) {
+    const std::scoped_lock hold(m_lock);
+    m_upload_observer = std::move(observer);
+}
+
+void CacheFolder::TellSent(LONGLONG sent) {
+    const std::scoped_lock hold(m_lock);
+    if (m_upload_observer) {
+        m_upload_observer(sent);
+    }
 }
 
 bool CacheFolder::IsInUse(const fs::path& folder) const {

@@ -5,6 +5,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -68,6 +69,10 @@ public:
     bool WasUploaded(const std::wstring& url);
     void ForgetUpload(const std::wstring& url);
 
+    /// Who is told how many bytes of a copy were sent; null for nobody.
+    void ObserveUploads(std::function<void(LONGLONG sent)> observer);
+    void TellSent(LONGLONG sent);
+
 private:
     std::filesystem::path RelativePath(const std::filesystem::path& file) const;
     std::filesystem::path NewPath(const std::wstring& title);
@@ -84,5 +89,6 @@ private:
     FileDescriptor m_own_lock;
     std::mutex m_lock;
     std::set<std::int64_t> m_live_marks;
+    std::function<void(LONGLONG)> m_upload_observer;
     std::uint64_t m_last_number = 0;
 };

@@ -11,6 +11,7 @@
 #include "workbench/core/cipher.h"
 #include "workbench/core/documents.h"
 #include "workbench/core/extensions.h"
+#include "workbench/core/module_file.h"
 #include "workbench/core/state_folder.h"
 #include "workbench/core/strings.h"
 
@@ -74,6 +75,7 @@ Host::Host(HostOptions options, MainLoop& loop)
 Host::~Host() { m_afs->DropAll(); }
 
 void Host::Load() {
+    CheckModuleIsWhole(m_options.module_path);
     m_module = LoadLibraryW(std::filesystem::absolute(m_options.module_path).wstring().c_str());
     if (m_module == nullptr) {
         throw HostException(HRESULT_FROM_WIN32(GetLastError()),
@@ -143,6 +145,8 @@ Accounts Host::SavedAccounts() {
 }
 
 UnsavedCopies Host::Unsaved() { return UnsavedCopies(m_cache_folder); }
+
+void Host::ObserveUploads(std::function<void(LONGLONG sent)> observer) { m_cache_folder->ObserveUploads(std::move(observer)); }
 
 std::vector<InfoBarKind> Host::InfoBars() {
     const std::scoped_lock hold(m_lock);

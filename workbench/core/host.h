@@ -9,6 +9,7 @@
 ///     host->Unload();
 
 #include <filesystem>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -71,6 +72,8 @@ public:
     /// The saved places of the provider. Throws when nothing is loaded.
     Accounts SavedAccounts();
     UnsavedCopies Unsaved();
+    /// Is told while a document is sent how many bytes are, on the thread that sends; null ends it.
+    void ObserveUploads(std::function<void(LONGLONG sent)> observer);
     Documents& OpenDocuments() noexcept { return *m_documents; }
     Store& StateStore() noexcept { return *m_store; }
     MainLoop& Loop() noexcept { return m_loop; }
