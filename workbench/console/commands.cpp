@@ -16,12 +16,10 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool LooksLikeUrl(const std::string& text) { return text.starts_with("http://") || text.starts_with("https://"); }
-
 /// Nobody is asked and nobody signs in.
 int Probe(const Context& context, const CommandCall& call) {
     const std::string& typed = call.words[0];
-    const std::wstring text = LooksLikeUrl(typed) ? ParseLocation(typed).url : WideFromUtf8(typed);
+    const std::wstring text = IsAbsoluteUrl(typed) ? ParseLocation(typed).url : WideFromUtf8(typed);
     ComPtr<KOV::IAFS_Name> name;
     const HRESULT result = context.Provider()->StringToName(text.c_str(), KOV::AFS_String2Name_FullTest, nullptr, &name);
     if (FAILED(result) && result != E_INVALIDARG) {

@@ -1,6 +1,7 @@
 #include "workbench/console/documents.h"
 
 #include <cerrno>
+#include <optional>
 #include <vector>
 
 #include <unistd.h>
@@ -73,6 +74,37 @@ void SetDocumentSize(const Context& context, KOV::IAFS_File* file, LONGLONG size
     Check(file->SetPos(0, 0, nullptr));
 }
 
+struct Version {
+    ULONGLONG modified = 0;
+    ULONGLONG size = 0;
+    bool operator==(const Version&) const = default;
+};
+
+/// The server's version as the module knows it, which an upload brings up to date; nothing while there is no file.
+std::optional<Version> KnownVersion(const Context& context, KOV::IAFS_File* file) {
+    ComPtr<KOV::IAFS_Name> name;
+    Check(file->get_Name(&name));
+    ComPtr<KOV::IAFS_FileInfo> info;
+    Version version;
+    if (FAILED(context.Provider()->GetFileInfo(name, nullptr, context.Cancel(), &info)) ||
+        FAILED(info->get_LastWriteTime(&version.modified)) || FAILED(info->get_Size(&version.size))) {
+        return std::nullopt;
+    }
+    return version;
+}
+
+/// Sends the local copy, and shows how far it is.
+void FlushDocument(const Context& context, KOV::IAFS_File* file, LONGLONG size) {
+    ProgressBar progress(context.output, "uploading", size);
+    context.host.ObserveUploads([&](LONGLONG sent) { progress.Update(sent); });
+    const ComPtr<StringObject> details = MakeObject<StringObject>();
+    const HRESULT result = file->Flush(details, context.Cancel());
+    context.host.ObserveUploads(nullptr);
+    if (FAILED(result)) {
+        throw Failure{result, FailureText(result, details)};
+    }
+}
+
 } // namespace
 
 ComPtr<KOV::IAFS_File> OpenDocument(const Context& context, KOV::IAFS_Name* name, DWORD flags) {
@@ -113,6 +145,7 @@ LONGLONG Download(const Context& context, KOV::IAFS_File* file, int target) {
 }
 
 LONGLONG Upload(const Context& context, KOV::IAFS_File* file, int source) {
+    const std::optional<Version> before = KnownVersion(context, file);
     // Emptied first, so that the old bytes need not be fetched before they are replaced.
     SetDocumentSize(context, file, 0);
     std::vector<char> buffer(piece);
@@ -126,7 +159,11 @@ LONGLONG Upload(const Context& context, KOV::IAFS_File* file, int source) {
         WriteDocument(context, file, "", 1);
         SetDocumentSize(context, file, 0);
     }
-    Checked([&](KOV::IString* details) { return file->Flush(details, context.Cancel()); });
+    FlushDocument(context, file, done);
+    const std::optional<Version> after = KnownVersion(context, file);
+    if (after && after == before && after->size != static_cast<ULONGLONG>(done)) {
+        throw Failure{E_FAIL, L"The save was answered as done, but the server still has its old version."};
+    }
     return done;
 }
 

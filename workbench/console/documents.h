@@ -13,8 +13,8 @@ LONGLONG DocumentSize(const Context& context, KOV::IAFS_File* file);
 /// Copies the document to an open descriptor, from its start to its end. Gives the bytes. Throws Failure.
 LONGLONG Download(const Context& context, KOV::IAFS_File* file, int target);
 
-/// Replaces the document's bytes by those of an open descriptor and sends them to the server. Gives the bytes. Throws Failure;
-/// what was written stays in the local copy then.
+/// Replaces the document's bytes by those of an open descriptor and sends them to the server. Gives the bytes. Throws Failure,
+/// also when the server took them and shows its old version all the same: something between may have answered in its place.
 LONGLONG Upload(const Context& context, KOV::IAFS_File* file, int source);
 
 /// What follows a save: the step after it, by the preferences, and the close that lets them decide.

@@ -6,6 +6,8 @@
 #include <vector>
 
 #include <fcntl.h>
+#include <fmt/format.h>
+#include <sodium.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -44,6 +46,9 @@ TemporaryFile::TemporaryFile(int descriptor, fs::path path, fs::path folder)
 
 TemporaryFile TemporaryFile::Beside(const fs::path& target) {
     const fs::path folder = target.has_parent_path() ? target.parent_path() : fs::path(".");
+    if (const int unnamed = open(folder.c_str(), O_TMPFILE | O_RDWR | O_CLOEXEC, 0600); unnamed >= 0) {
+        return {unnamed, {}, {}};
+    }
     std::string pattern = (folder / (".kov-XXXXXX")).string();
     const int descriptor = mkostemp(pattern.data(), O_CLOEXEC);
     if (descriptor < 0) {
@@ -77,12 +82,27 @@ TemporaryFile::~TemporaryFile() {
     }
 }
 
-void TemporaryFile::RenameTo(const fs::path& target, bool replaces) {
-    const int failed = replaces ? rename(m_path.c_str(), target.c_str()) : link(m_path.c_str(), target.c_str());
-    if (failed != 0) {
+/// Gives the file a name that nothing has yet.
+void TemporaryFile::LinkTo(const fs::path& target) const {
+    const std::string source = m_path.empty() ? fmt::format("/proc/self/fd/{}", Descriptor()) : m_path.string();
+    if (linkat(AT_FDCWD, source.c_str(), AT_FDCWD, target.c_str(), AT_SYMLINK_FOLLOW) != 0) {
         ThrowErrno("writing", target, errno);
     }
-    if (replaces) {
+}
+
+void TemporaryFile::RenameTo(const fs::path& target, bool replaces) {
+    if (!replaces) {
+        LinkTo(target);
+    } else {
+        if (m_path.empty()) {
+            // No call puts a file without a name in the place of another.
+            const fs::path named = target.parent_path() / fmt::format(".kov-{:016x}", randombytes_random() * 0x1'0000'0001ULL);
+            LinkTo(named);
+            m_path = named;
+        }
+        if (rename(m_path.c_str(), target.c_str()) != 0) {
+            ThrowErrno("writing", target, errno);
+        }
         m_path.clear();
     }
     const mode_t mask = umask(0);

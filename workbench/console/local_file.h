@@ -23,7 +23,8 @@ private:
     int m_descriptor;
 };
 
-/// A new file, mode 0600, removed at the end unless it was renamed or kept.
+/// A new file, mode 0600, removed at the end unless it was renamed or kept; where the file system can hold one without a name,
+/// one beside a target goes with the program even when that is killed.
 class TemporaryFile {
 public:
     /// In the target's folder, so that it can take the target's place in one step.
@@ -36,6 +37,7 @@ public:
     ~TemporaryFile();
 
     int Descriptor() const { return m_file.Descriptor(); }
+    /// Empty while the file has no name.
     const std::filesystem::path& Path() const { return m_path; }
     void Close() { m_file.Close(); }
     void Keep() { m_is_kept = true; }
@@ -44,6 +46,7 @@ public:
 
 private:
     TemporaryFile(int descriptor, std::filesystem::path path, std::filesystem::path folder);
+    void LinkTo(const std::filesystem::path& target) const;
 
     LocalFile m_file;
     std::filesystem::path m_path;

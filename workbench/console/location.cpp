@@ -1,6 +1,7 @@
 #include "workbench/console/location.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cwctype>
 #include <stdexcept>
 
@@ -76,6 +77,24 @@ void RefuseControls(const std::wstring& text, const std::string& whole) {
     }
 }
 
+/// "host", "host:8080", "[::1]:8080"
+void CheckHost(const std::string& authority, const std::string& whole) {
+    const std::size_t host_end = authority.starts_with('[') ? authority.find(']') : 0;
+    const std::size_t colon = host_end == std::string::npos ? 0 : authority.find(':', host_end);
+    if (authority.empty() || colon == 0) {
+        throw UsageError("'" + whole + "' names no host");
+    }
+    if (colon == std::string::npos) {
+        return;
+    }
+    unsigned port = 0;
+    const char* const end = authority.data() + authority.size();
+    const auto [stop, error] = std::from_chars(authority.data() + colon + 1, end, port);
+    if (error != std::errc() || stop != end || port == 0 || port > 65535) {
+        throw UsageError("'" + whole + "' has no port from 1 to 65535 behind the host");
+    }
+}
+
 std::size_t SchemeLength(const std::string& text) {
     std::string start = text.substr(0, 8);
     std::transform(start.begin(), start.end(), start.begin(), [](unsigned char c) { return std::tolower(c); });
@@ -83,6 +102,8 @@ std::size_t SchemeLength(const std::string& text) {
 }
 
 } // namespace
+
+bool IsAbsoluteUrl(const std::string& text) { return SchemeLength(text) != 0; }
 
 Location ParseLocation(const std::string& text) {
     const std::size_t scheme = SchemeLength(text);
@@ -93,9 +114,7 @@ Location ParseLocation(const std::string& text) {
     Location location;
     std::string authority = text.substr(scheme, path_start - scheme);
     TakeAccount(authority, text, location);
-    if (authority.empty()) {
-        throw UsageError("'" + text + "' names no host");
-    }
+    CheckHost(authority, text);
     const std::size_t query_start = std::min(text.find_first_of("?#", path_start), text.size());
     const std::string path = text.substr(path_start, query_start - path_start);
     const std::string query = text.substr(query_start);

@@ -14,8 +14,11 @@ struct Location {
 };
 
 /// Reads an absolute http or https URL in UTF-8. Throws UsageError with a line for the user: no such URL, an escape that isn't
-/// one, bytes that aren't UTF-8, a control character.
+/// one, bytes that aren't UTF-8, a control character, a port that is none.
 Location ParseLocation(const std::string& text);
+
+/// Does the text begin as an http or https URL, in any letter case?
+bool IsAbsoluteUrl(const std::string& text);
 
 /// The URL for output, percent-encoded (RFC 3986 section 2.1), so that it can be passed back.
 std::string EncodeLocation(const std::wstring& url);

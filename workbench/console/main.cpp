@@ -1,18 +1,17 @@
 // kov-console: a host without a window. Commands run on a worker; the main thread turns the loop, so that calls from the module
 // to the main thread work, and Ctrl-C becomes the cancel flag.
 
-#include <atomic>
 #include <csignal>
 #include <cstdio>
-#include <limits>
 
-#include <fmt/format.h>
+#include <fcntl.h>
 #include <unistd.h>
 
 #include "platform/text.h"
 #include "platform/wininet_settings.h"
 #include "workbench/console/commands.h"
 #include "workbench/console/failure.h"
+#include "workbench/console/interrupt.h"
 #include "workbench/console/options.h"
 #include "workbench/console/script.h"
 #include "workbench/console/usage_error.h"
@@ -24,15 +23,13 @@ constexpr int exit_usage = 2;
 constexpr int exit_canceled = 3;
 constexpr int exit_timed_out = 4;
 
-std::atomic<FlagObject*> cancel_flag = nullptr;
-
-/// The first Ctrl-C asks the operation to end; a server call can't be interrupted, so the second ends the program.
-void OnInterrupt(int) {
-    FlagObject* const flag = cancel_flag.load();
-    if (flag == nullptr || flag->IsSet()) {
-        _exit(exit_canceled);
+/// A file that is opened later must not become standard output.
+void KeepStandardDescriptors() {
+    for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+        if (fcntl(descriptor, F_GETFD) < 0) {
+            (void)!open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY);
+        }
     }
-    flag->Set(true);
 }
 
 void ApplyNetworkOptions(const Options& options) {
@@ -44,7 +41,8 @@ void ApplyNetworkOptions(const Options& options) {
     if (options.certificate_file && !wininet::TrustCertificateFile(*options.certificate_file)) {
         throw UsageError("--ca: " + options.certificate_file->string() + " can't be read");
     }
-    if (options.password_file && access(options.password_file->c_str(), R_OK) != 0) {
+    if (options.password_file &&
+        (access(options.password_file->c_str(), R_OK) != 0 || std::filesystem::is_directory(*options.password_file))) {
         throw UsageError("--password-file: " + options.password_file->string() + " can't be read");
     }
 }
@@ -58,7 +56,7 @@ MainLoop::Clock::time_point DeadlineOf(const Options& options) {
 
 /// One line on standard error.
 int Fail(int exit_code, const std::string& text) {
-    fmt::print(stderr, "kov-console: {}\n", text);
+    std::fputs(("kov-console: " + text + "\n").c_str(), stderr);
     return exit_code;
 }
 
@@ -76,13 +74,23 @@ int RunGuarded(const Context& context, const CommandCall& call) {
         return Fail(exit_usage, error.what());
     } catch (const std::range_error&) {
         return Fail(exit_usage, "an argument isn't UTF-8");
+    } catch (const std::exception& failure) {
+        context.output.WriteFailure(E_FAIL, WideFromUtf8(failure.what()));
+        return exit_failed;
     }
 }
 
-int Run(const Options& options) {
+/// Past all buffers and locks: the command still runs and may hold them, in the middle of a prompt or of a write that is stuck.
+[[noreturn]] void EndTimedOut() {
+    ShowTypingAgain();
+    constexpr std::string_view text = "kov-console: the command took longer than --timeout allows\n";
+    (void)!write(STDERR_FILENO, text.data(), text.size());
+    _exit(exit_timed_out);
+}
+
+int Run(const Options& options, Output& output) {
     const MainLoop::Clock::time_point deadline = DeadlineOf(options);
     ApplyNetworkOptions(options);
-    Output output(options.json);
     Terminal terminal(output);
     for (const Answer& answer : options.answers) {
         terminal.Queue(answer);
@@ -90,8 +98,7 @@ int Run(const Options& options) {
     AccountSource accounts(options.user, options.password_file);
     MainLoop loop;
     const ComPtr<FlagObject> cancel = MakeObject<FlagObject>();
-    cancel_flag = cancel.Get();
-    std::signal(SIGINT, OnInterrupt);
+    CatchInterrupts(*cancel);
     std::signal(SIGPIPE, SIG_IGN);
 
     const ComPtr<Host> host = MakeObject<Host>(HostOptions{options.state, options.module, &terminal, &accounts}, loop);
@@ -105,25 +112,36 @@ int Run(const Options& options) {
         },
         deadline);
     if (!has_ended) {
-        fmt::print(stderr, "kov-console: the command took longer than --timeout allows\n");
-        std::fflush(nullptr);
-        _exit(exit_timed_out);
+        EndTimedOut();
     }
     host->Unload();
-    cancel_flag = nullptr;
-    return exit_code;
+    StopCatchingInterrupts();
+    if (IsInterrupted()) {
+        return exit_canceled;
+    }
+    return output.HasLostResults() ? Fail(exit_failed, "standard output can't be written") : exit_code;
+}
+
+/// A host that doesn't come up is a failure like any other.
+int RunHost(const Options& options) {
+    Output output(options.json);
+    try {
+        return Run(options, output);
+    } catch (const HostException& failure) {
+        output.WriteFailure(failure.Result(), WideFromUtf8(failure.what()));
+        return exit_failed;
+    }
 }
 
 } // namespace
 
 int main(int argc, char** argv) {
+    KeepStandardDescriptors();
     try {
         const std::optional<Options> options = ParseOptions(argc, argv);
-        return options ? Run(*options) : 0;
+        return options ? RunHost(*options) : 0;
     } catch (const UsageError& error) {
         return Fail(exit_usage, error.what());
-    } catch (const HostException& failure) {
-        return Fail(exit_failed, fmt::format("0x{:08x}: {}", static_cast<std::uint32_t>(failure.Result()), failure.what()));
     } catch (const std::exception& failure) {
         return Fail(exit_failed, failure.what());
     }

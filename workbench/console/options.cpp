@@ -1,5 +1,6 @@
 #include "workbench/console/options.h"
 
+#include <charconv>
 #include <cstdlib>
 #include <iostream>
 
@@ -31,6 +32,15 @@ fs::path DefaultState() {
     return fs::path(home != nullptr && *home == '/' ? home : ".") / ".local" / "state" / "kov-workbench";
 }
 
+/// A number of seconds that a clock can hold; the library's own check would let NaN through.
+std::string CheckSeconds(const std::string& text) {
+    constexpr double longest = 1e9;
+    double seconds = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), seconds);
+    const bool is_number = error == std::errc() && end == text.data() + text.size();
+    return is_number && seconds > 0 && seconds <= longest ? std::string() : "'" + text + "' is no time in seconds above 0";
+}
+
 void AddGlobalOptions(CLI::App& app, Options& options, std::vector<std::string>& answers) {
     app.set_version_flag("--version", "kov-console " KOV_VERSION);
     app.add_option("--module", options.module, "the module to load")->type_name("FILE");
@@ -48,7 +58,7 @@ void AddGlobalOptions(CLI::App& app, Options& options, std::vector<std::string>&
         ->type_name("FILE");
     app.add_option("--timeout", options.timeout_seconds, "ends the program when the command takes longer")
         ->type_name("SECONDS")
-        ->check(CLI::PositiveNumber);
+        ->check(CLI::Validator(CheckSeconds, ""));
 }
 
 } // namespace

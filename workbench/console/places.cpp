@@ -13,8 +13,6 @@ ComPtr<KOV::IAFS_Name> NameOf(KOV::IAFS_FileSys* provider, const std::wstring& t
     return name;
 }
 
-bool IsAbsolute(const std::string& text) { return text.starts_with("http://") || text.starts_with("https://"); }
-
 } // namespace
 
 ComPtr<KOV::IAFS_Name> Binder::Bind(const Location& location) {
@@ -58,7 +56,7 @@ ComPtr<KOV::IAFS_Name> ScriptPlaces::Find(const std::string& text) {
     if (m_root.IsNull()) {
         throw UsageError("nothing is bound yet: a script begins with 'bind URL'");
     }
-    if (IsAbsolute(text)) {
+    if (IsAbsoluteUrl(text)) {
         return NameOf(m_binder.Provider(), ParseLocation(text).url, m_root);
     }
     return text.empty() || text == "." ? m_root : NameOf(m_binder.Provider(), WideFromUtf8(text), m_root);

@@ -14,6 +14,7 @@
 #include "workbench/console/commands.h"
 #include "workbench/console/documents.h"
 #include "workbench/console/failure.h"
+#include "workbench/console/interrupt.h"
 #include "workbench/console/local_file.h"
 #include "workbench/console/recovery.h"
 #include "workbench/console/script_words.h"
@@ -181,6 +182,9 @@ int Script::RunLine(const std::string& line) {
     } catch (const std::range_error&) {
         m_context.output.WriteFailure(E_INVALIDARG, L"the line isn't UTF-8");
         return 2;
+    } catch (const std::exception& failure) {
+        m_context.output.WriteFailure(E_FAIL, WideFromUtf8(failure.what()));
+        return 1;
     }
 }
 
@@ -361,9 +365,7 @@ void Script::CancelAfter(const std::vector<std::string>& words) {
     m_cancel_after = std::chrono::milliseconds(ParseNumber(words[0]));
 }
 
-void Script::Sleep(const std::vector<std::string>& words) {
-    std::this_thread::sleep_for(std::chrono::milliseconds(ParseNumber(words[0])));
-}
+void Script::Sleep(const std::vector<std::string>& words) { (void)WaitFor(std::chrono::milliseconds(ParseNumber(words[0]))); }
 
 } // namespace
 
@@ -371,16 +373,16 @@ int ExitCodeOf(HRESULT result) { return IsCanceledResult(result) ? 3 : 1; }
 
 int RunScript(Context context, const std::filesystem::path& path) {
     std::ifstream file(path);
-    if (!file) {
+    if (!file || std::filesystem::is_directory(path)) {
         throw UsageError("the script " + path.string() + " can't be read");
     }
     Script script(context);
     int exit_code = 0;
-    for (std::string line; std::getline(file, line);) {
+    for (std::string line; !IsInterrupted() && std::getline(file, line);) {
         const int code = script.RunLine(line);
         exit_code = code != 0 ? code : exit_code;
-        // A flag that a line's own delay set belongs to that line.
-        if (code == 3) {
+        // A flag that a line's own delay set belongs to that line, also when it came too late for it.
+        if (!IsInterrupted()) {
             context.cancel.Set(false);
         }
     }

@@ -1,5 +1,6 @@
 #include "workbench/console/terminal.h"
 
+#include <cerrno>
 #include <charconv>
 #include <fstream>
 #include <iostream>
@@ -9,6 +10,7 @@
 #include <unistd.h>
 
 #include "platform/text.h"
+#include "workbench/console/interrupt.h"
 #include "workbench/console/usage_error.h"
 
 namespace {
@@ -79,40 +81,61 @@ std::string BoxText(const Box& box) {
 
 bool HasTerminal() { return isatty(STDIN_FILENO) != 0; }
 
+/// Nothing at the end of the input, and after Ctrl-C. Byte by byte, past all buffers, since these can't be waited for.
 std::optional<std::string> ReadLine(const std::string& prompt) {
     std::cerr << prompt << std::flush;
     std::string line;
-    if (!std::getline(std::cin, line)) {
-        return std::nullopt;
+    while (WaitForInput(STDIN_FILENO)) {
+        char byte = 0;
+        const ssize_t count = read(STDIN_FILENO, &byte, 1);
+        if (count < 0 && errno == EINTR) {
+            continue;
+        }
+        if (count <= 0) {
+            return line.empty() ? std::nullopt : std::optional(line);
+        }
+        if (byte == '\n') {
+            return line;
+        }
+        line += byte;
     }
-    return line;
+    std::cerr << '\n';
+    return std::nullopt;
 }
+
+/// The terminal as it was before typing was hidden.
+std::mutex typing_lock;
+std::optional<termios> shown_typing;
 
 /// Keeps what is typed off the screen while it lives.
 class HiddenTyping {
 public:
     HiddenTyping() {
-        if (tcgetattr(STDIN_FILENO, &m_before) == 0) {
-            termios hidden = m_before;
+        const std::lock_guard guard(typing_lock);
+        termios before{};
+        if (tcgetattr(STDIN_FILENO, &before) == 0) {
+            termios hidden = before;
             hidden.c_lflag &= ~static_cast<tcflag_t>(ECHO);
-            m_is_hidden = tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0;
+            if (tcsetattr(STDIN_FILENO, TCSAFLUSH, &hidden) == 0) {
+                shown_typing = before;
+            }
         }
     }
-    ~HiddenTyping() {
-        if (m_is_hidden) {
-            tcsetattr(STDIN_FILENO, TCSAFLUSH, &m_before);
-            std::cerr << '\n';
-        }
-    }
+    ~HiddenTyping() { ShowTypingAgain(); }
     HiddenTyping(const HiddenTyping&) = delete;
     HiddenTyping& operator=(const HiddenTyping&) = delete;
-
-private:
-    termios m_before{};
-    bool m_is_hidden = false;
 };
 
 } // namespace
+
+void ShowTypingAgain() {
+    const std::lock_guard guard(typing_lock);
+    if (shown_typing) {
+        tcsetattr(STDIN_FILENO, TCSAFLUSH, &*shown_typing);
+        shown_typing.reset();
+        (void)!write(STDERR_FILENO, "\n", 1);
+    }
+}
 
 void Terminal::Queue(Answer answer) {
     const std::lock_guard guard(m_lock);
@@ -210,6 +233,13 @@ std::optional<AccountAnswer> AccountSource::Prepared() {
     return account;
 }
 
+/// What follows is only told as "canceled".
+void AccountSource::TellUnanswered(const AccountDemand& demand, bool is_first) const {
+    const bool was_refused = !is_first && (m_user || m_url_account);
+    std::cerr << fmt::format("kov-console: {} {}\n", Utf8FromWide(demand.host),
+                             was_refused ? "refused the account" : "wants an account; --user and --password-file give one");
+}
+
 std::optional<AccountAnswer> AccountSource::Ask(const AccountDemand& demand) {
     const std::lock_guard guard(m_lock);
     const bool is_first = m_answered_hosts.insert(demand.host).second;
@@ -217,6 +247,7 @@ std::optional<AccountAnswer> AccountSource::Ask(const AccountDemand& demand) {
         return prepared;
     }
     if (!HasTerminal() || m_user) {
+        TellUnanswered(demand, is_first);
         return std::nullopt;
     }
     std::cerr << fmt::format("{} wants an account ({}).\n", Utf8FromWide(demand.host), Utf8FromWide(demand.status_text));

@@ -13,6 +13,9 @@
 #include "workbench/console/output.h"
 #include "workbench/core/questions.h"
 
+/// Shows again what is typed, where a prompt for a password is still open: before the program ends in the middle of it.
+void ShowTypingAgain();
+
 /// Answers questions with what was prepared, in order; then, on a terminal, by asking; else not at all. Every question that is
 /// put is shown with its answer.
 class Terminal final : public Questions {
@@ -46,6 +49,7 @@ public:
 
 private:
     std::optional<AccountAnswer> Prepared();
+    void TellUnanswered(const AccountDemand& demand, bool is_first) const;
 
     const std::optional<std::string> m_user;
     const std::optional<std::filesystem::path> m_password_file;

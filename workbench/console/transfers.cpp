@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <filesystem>
 
 #include <fcntl.h>
@@ -101,8 +102,18 @@ void RunEditor(std::vector<std::string> words, const std::string& path) {
         arguments.push_back(word.data());
     }
     arguments.push_back(nullptr);
+    // The command gets the usual answer to a broken pipe, which this program doesn't want for itself.
+    sigset_t usual;
+    sigemptyset(&usual);
+    sigaddset(&usual, SIGPIPE);
+    posix_spawnattr_t attributes;
+    posix_spawnattr_init(&attributes);
+    posix_spawnattr_setsigdefault(&attributes, &usual);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGDEF);
     pid_t child = 0;
-    if (const int error = posix_spawnp(&child, arguments[0], nullptr, nullptr, arguments.data(), environ); error != 0) {
+    const int error = posix_spawnp(&child, arguments[0], nullptr, &attributes, arguments.data(), environ);
+    posix_spawnattr_destroy(&attributes);
+    if (error != 0) {
         ThrowErrno("running", words[0], error);
     }
     int status = 0;
@@ -111,6 +122,26 @@ void RunEditor(std::vector<std::string> words, const std::string& path) {
     if (!WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         throw Failure{E_FAIL, L"'" + WideFromUtf8(words[0]) + L"' failed; nothing was saved."};
     }
+}
+
+/// Leaves the edited copy where the user finds it.
+void KeepForUser(const Context& context, TemporaryFile& copy) {
+    copy.Keep();
+    context.output.WriteNote("kov-console: what you edited is kept in " + copy.Path().string());
+}
+
+/// Runs the user's command on the copy. Gives whether it changed the copy; a changed one stays when the command fails.
+bool HasEdited(const Context& context, const std::vector<std::string>& command, TemporaryFile& copy) {
+    const std::string before = DigestOf(copy.Path());
+    try {
+        RunEditor(command, copy.Path());
+    } catch (const Failure&) {
+        if (std::error_code error; fs::exists(copy.Path(), error) && DigestOf(copy.Path()) != before) {
+            KeepForUser(context, copy);
+        }
+        throw;
+    }
+    return DigestOf(copy.Path()) != before;
 }
 
 /// Saves the edited copy; when that fails, leaves it where the user finds it.
@@ -123,9 +154,8 @@ LONGLONG SaveEdited(const Context& context, KOV::IAFS_File* document, TemporaryF
         const LONGLONG bytes = Upload(context, document, source.Descriptor());
         FinishSave(context, document);
         return bytes;
-    } catch (const Failure&) {
-        copy.Keep();
-        context.output.WriteNote("kov-console: what you edited is kept in " + copy.Path().string());
+    } catch (...) {
+        KeepForUser(context, copy);
         throw;
     }
 }
@@ -173,9 +203,7 @@ void EditDocument(const Context& context, const CommandCall& call) {
     TemporaryFile copy = TemporaryFile::InOwnFolder(ExtensionOf(FactsOf(context, name).title));
     LONGLONG bytes = Download(context, document, copy.Descriptor());
     copy.Close();
-    const std::string before = DigestOf(copy.Path());
-    RunEditor(command, copy.Path());
-    const bool is_changed = DigestOf(copy.Path()) != before;
+    const bool is_changed = HasEdited(context, command, copy);
     if (is_changed) {
         bytes = SaveEdited(context, document, copy);
     }

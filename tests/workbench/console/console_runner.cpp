@@ -89,6 +89,20 @@ void ConsoleUser::WriteFile(const std::string& name, const std::string& bytes) c
 
 std::string ConsoleUser::ReadFile(const std::string& name) const { return Contents(Path(name)); }
 
+std::string ConsoleUser::KeptCopy(const ConsoleResult& result) const {
+    const std::string words = "is kept in ";
+    const std::size_t start = result.errors.find(words);
+    if (start == std::string::npos) {
+        return {};
+    }
+    const std::size_t path = start + words.size();
+    const fs::path copy = result.errors.substr(path, result.errors.find('\n', path) - path);
+    std::string bytes = Contents(copy);
+    std::error_code ignored;
+    fs::remove_all(copy.parent_path(), ignored);
+    return bytes;
+}
+
 bool ConsoleUser::StateHolds(const std::string& bytes) const {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::recursive_directory_iterator(m_folder / "state", error)) {

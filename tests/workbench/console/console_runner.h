@@ -32,6 +32,8 @@ public:
     std::filesystem::path Path(const std::string& name) const { return m_folder / name; }
     void WriteFile(const std::string& name, const std::string& bytes) const;
     std::string ReadFile(const std::string& name) const;
+    /// What the copy holds of which the result says that it is kept; it is removed.
+    std::string KeptCopy(const ConsoleResult& result) const;
     /// Does any file of the state folder hold these bytes?
     bool StateHolds(const std::string& bytes) const;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <csignal>
+#include <cstdlib>
 #include <filesystem>
 
 #include <gmock/gmock.h>
@@ -224,7 +225,15 @@ TEST_F(Program, AnswersRightsQuestionsAndWrongUsageByItsExitCodes) {
     EXPECT_THAT(refused.output, HasSubstr("0x80071779"));
     EXPECT_EQ(ann.Run({"probe", server.Url()}).exit_code, 0);
     EXPECT_EQ(ann.Run({"probe", "not a place"}).exit_code, 1);
-    const std::vector<std::string> wrong[] = {{"frob"}, {"ls"}, {"ls", "not-a-url"}, {"--frob", "log"}, {"--answer", "x", "log"},
+    const std::vector<std::string> wrong[] = {{"frob"},
+                                              {"ls"},
+                                              {"ls", "not-a-url"},
+                                              {"--frob", "log"},
+                                              {"--answer", "x", "log"},
+                                              {"--timeout", "nan", "log"},
+                                              {"--timeout", "1e300", "log"},
+                                              {"--timeout", "0", "log"},
+                                              {"script", "/"},
                                               {}};
     for (const std::vector<std::string>& words : wrong) {
         const ConsoleResult result = ann.Run(words);
@@ -236,4 +245,62 @@ TEST_F(Program, AnswersRightsQuestionsAndWrongUsageByItsExitCodes) {
 TEST_F(Program, EndsWhenACommandTakesLongerThanItMay) {
     server.Always("* * delay=60000");
     EXPECT_EQ(ann.Run({"--timeout", "0.5", "ls", Url("Docs")}).exit_code, 4);
+}
+
+TEST_F(Program, LeavesNoPartOfADownloadWhenItEndsInItsMiddle) {
+    TrialServer slow({.bytes_per_second = 100'000});
+    slow.Put("large.pdf", std::string(1'000'000, 'x'));
+    EXPECT_EQ(ann.Run({"--timeout", "1", "get", slow.Url("large.pdf"), "out.pdf"}).exit_code, 4);
+    EXPECT_TRUE(std::filesystem::is_empty(ann.Path("work")));
+}
+
+TEST_F(Program, EndsAScriptAtCtrlCWithoutRunningTheRest) {
+    ann.WriteFile("script", "bind " + server.Url("Docs") + "\nls .\nsleep 600000\nrm \"a b.pdf\"\n");
+    const pid_t child = ann.Start({"script", ann.Path("script").string()});
+    while (ann.ReadFile("output").find("a b.pdf") == std::string::npos) {
+        usleep(1000);
+    }
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 3);
+    EXPECT_EQ(server.Read(document), "first version");
+}
+
+TEST_F(Program, CancelsTheNextLineAloneAlsoWhenThatIsFasterThanTheDelay) {
+    const ConsoleResult result = ann.RunScript("bind " + server.Url("Docs") + "\ncancel-after 0\nls .\ninfo \"a b.pdf\"\n");
+    EXPECT_THAT(result.output, HasSubstr("\"title\":\"a b.pdf\",\"url\":\"" + Url()));
+    EXPECT_THAT(result.output, testing::EndsWith("\"}\n"));
+    EXPECT_EQ(result.output.find("\"error\""), result.output.rfind("\"error\""));
+}
+
+TEST_F(Program, TellsThatASaveWasAnsweredWithoutBeingMadeAndKeepsWhatWasEdited) {
+    server.Always("PUT * page");
+    const ConsoleResult result = ann.Run({"edit", Url(), "sh", "-c", "echo more >> \"$0\""});
+    EXPECT_EQ(result.exit_code, 1) << result.output;
+    EXPECT_EQ(server.Read(document), "first version");
+    const std::string kept = ann.KeptCopy(result);
+    EXPECT_EQ(kept, "first versionmore\n") << result.errors;
+}
+
+TEST_F(Program, KeepsWhatWasEditedWhenTheEditorFails) {
+    const ConsoleResult result = ann.Run({"edit", Url(), "sh", "-c", "echo more >> \"$0\"; exit 1"});
+    EXPECT_EQ(result.exit_code, 1);
+    EXPECT_EQ(ann.KeptCopy(result), "first versionmore\n") << result.errors;
+    EXPECT_EQ(ann.Run({"edit", Url(), "false"}).errors, "");
+}
+
+TEST_F(Program, SaysInItsOwnWayThatItsModuleOrItsOutputIsBroken) {
+    std::filesystem::copy_file(KOV_BIN_DIR "/SharePoint.kvp", ann.Path("cut.kvp"));
+    std::filesystem::resize_file(ann.Path("cut.kvp"), 100'000);
+    const ConsoleResult cut = ann.Run({"--module", ann.Path("cut.kvp").string(), "log"});
+    EXPECT_EQ(cut.exit_code, 1) << cut.errors;
+    EXPECT_THAT(cut.output, HasSubstr("{\"error\":{\"hresult\":\"0x800700c1\""));
+
+    const std::string program = KOV_BIN_DIR "/kov-console --state " + ann.Path("state").string() + " prefs list ";
+    for (const char* const redirection : {">/dev/full 2>&-", ">&- 2>&-"}) {
+        const int status = std::system((program + redirection).c_str());
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << redirection << ": " << status;
+    }
 }

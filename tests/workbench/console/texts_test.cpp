@@ -6,6 +6,7 @@
 #include "workbench/console/answer.h"
 #include "workbench/console/command_call.h"
 #include "workbench/console/location.h"
+#include "workbench/console/output.h"
 #include "workbench/console/script_words.h"
 #include "workbench/console/usage_error.h"
 
@@ -45,7 +46,8 @@ TEST(Location, IsDecodedOnceAndLosesItsAccount) {
 
 TEST(Location, IsRefusedWithOneLine) {
     for (const char* const typed : {"", "h/a", "ftp://h/a", "http://", "http:///a", "http://h/%zz", "http://h/%4", "http://h/%FF",
-                                    "http://h/%0D%0AX:", "http://h/a%00", "http://user@/a"}) {
+                                    "http://h/%0D%0AX:", "http://h/a%00", "http://user@/a", "http://h:/a", "http://h:0",
+                                    "http://h:65536", "http://h:80x", "http://[::1/a", "http://[::1]:x"}) {
         try {
             ParseLocation(typed);
             ADD_FAILURE() << "'" << typed << "' was taken";
@@ -77,6 +79,11 @@ TEST(ScriptWords, AreSeparatedByBlanksAndKeptByQuotes) {
         EXPECT_EQ(ScriptWords(line), words) << line;
     }
     EXPECT_THROW(ScriptWords("ls \"a"), UsageError);
+}
+
+TEST(Output, KeepsControlsOfAServersTextFromTheTerminal) {
+    EXPECT_EQ(Printable(L"a\x1B]0;x\a\u009Bü\n"), "a\uFFFD]0;x\uFFFD\uFFFDü\uFFFD");
+    EXPECT_EQ(Printable(L"one\ntwo\r", L"\n"), "one\ntwo\uFFFD");
 }
 
 TEST(Answer, IsReadWithAllItsParts) {

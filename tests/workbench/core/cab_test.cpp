@@ -191,6 +191,9 @@ TEST_P(CabTest, BrokenTemplateIsANamedFailureAndChangesNothing) {
         {with("<ItemSet id=\"T\"><Item id=\"a\" type=\"Int\" defVal=\"4294967296\"/></ItemSet>"), "'4294967296'"},
         {with("<ItemSet id=\"T\"><Item id=\"a\" type=\"Bool\" defVal=\"ja\"/></ItemSet>"), "'ja'"},
         {with("<ItemSet id=\"T\"><Item id=\"a\" type=\"Dictionary\" itemSet=\"T\"/></ItemSet>"), "too deep"},
+        {with("<ItemSet id=\"T\"><Item id=\"a\" type=\"Int\" defVal=\"1\xC3\xA9\"/></ItemSet>"), "'1\xC3\xA9'"},
+        // Characters that the parser lets through and that have no UTF-8.
+        {with("<ItemSet id=\"T\"><Item id=\"a\" type=\"Dictionary\" itemSet=\"\xED\xA0\x80\"/></ItemSet>"), "unknown set '"},
         {with(doubling), "too large"},
         {std::string(2 << 20, ' '), "1 MiB"},
     };
