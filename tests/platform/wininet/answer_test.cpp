@@ -1,9 +1,13 @@
+#include <algorithm>
 #include <fstream>
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 
 #include "platform/wininet/client.h"
 #include "platform/wininet/scripted_server.h"
+
+extern "C" __attribute__((weak)) size_t __sanitizer_get_current_allocated_bytes();
 
 namespace {
 
@@ -154,11 +158,13 @@ TEST(Answer, TransportFailuresHaveTheirCodes) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_HANDLE);
 }
 
-/// Resident memory in KiB.
-long Resident() {
-    long pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * 4;
+/// Bytes of the heap that are in use. Resident memory would also count what a sanitizer keeps of its own.
+size_t HeapInUse() {
+    if (__sanitizer_get_current_allocated_bytes != nullptr) {
+        return __sanitizer_get_current_allocated_bytes();
+    }
+    const struct mallinfo2 heap = mallinfo2();
+    return heap.uordblks + heap.hblkhd;
 }
 
 TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
@@ -167,7 +173,8 @@ TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
     ScriptedServer server({{{"", head, true, true, false, false, size}}});
     Client client(server.Port());
     const Handle request = client.Open(L"GET", L"big");
-    const long before = Resident();
+    const size_t before = HeapInUse();
+    size_t most = before;
     ASSERT_TRUE(HttpSendRequestW(request.get(), nullptr, 0, nullptr, 0));
     char buffer[1024];
     DWORD got = 0;
@@ -175,12 +182,10 @@ TEST(Answer, BodyThatIsNotReadWaitsOutsideMemory) {
     do {
         ASSERT_TRUE(InternetReadFile(request.get(), buffer, sizeof buffer, &got));
         total += got;
+        most = std::max(most, HeapInUse());
     } while (got != 0);
     EXPECT_EQ(total, size);
-    EXPECT_LT(Resident() - before, 32 * 1024) << "half of the body";
+    EXPECT_LT(most - before, 4u * 1024 * 1024);
 }
 
 } // namespace
-
-// The address sanitizer keeps freed memory back; without a bound on that, it is what the test above would measure.
-extern "C" const char* __asan_default_options() { return "quarantine_size_mb=4"; }
