@@ -71,6 +71,14 @@ void TakeAccount(std::string& authority, const std::string& whole, Location& loc
     }
 }
 
+/// "URL/.." would name what stands above, which nobody means who deletes or moves.
+void RefuseDotSegments(const std::string& path, const std::string& whole) {
+    const std::string closed = path + "/";
+    if (closed.find("/./") != std::string::npos || closed.find("/../") != std::string::npos) {
+        throw UsageError("'" + whole + "' holds a '.' or '..' in its path; name the place itself");
+    }
+}
+
 void RefuseControls(const std::wstring& text, const std::string& whole) {
     if (std::any_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x20 || c == 0x7F; })) {
         throw UsageError("'" + whole + "' holds a control character");
@@ -119,6 +127,7 @@ Location ParseLocation(const std::string& text) {
     const std::string path = text.substr(path_start, query_start - path_start);
     const std::string query = text.substr(query_start);
     const std::string shown_path = IsSharingLink(path, query) ? path : Decode(path, text);
+    RefuseDotSegments(shown_path, text);
     location.url = Wide(text.substr(0, scheme) + authority + shown_path + query, text);
     RefuseControls(location.url, text);
     return location;

@@ -45,9 +45,26 @@ TEST(Location, IsDecodedOnceAndLosesItsAccount) {
 }
 
 TEST(Location, IsRefusedWithOneLine) {
-    for (const char* const typed : {"", "h/a", "ftp://h/a", "http://", "http:///a", "http://h/%zz", "http://h/%4", "http://h/%FF",
-                                    "http://h/%0D%0AX:", "http://h/a%00", "http://user@/a", "http://h:/a", "http://h:0",
-                                    "http://h:65536", "http://h:80x", "http://[::1/a", "http://[::1]:x"}) {
+    for (const char* const typed : {"",
+                                    "h/a",
+                                    "ftp://h/a",
+                                    "http://",
+                                    "http:///a",
+                                    "http://h/%zz",
+                                    "http://h/%4",
+                                    "http://h/%FF",
+                                    "http://h/%0D%0AX:",
+                                    "http://h/a%00",
+                                    "http://user@/a",
+                                    "http://h/a/..",
+                                    "http://h/a/%2E%2e/b",
+                                    "http://h/./a",
+                                    "http://h:/a",
+                                    "http://h:0",
+                                    "http://h:65536",
+                                    "http://h:80x",
+                                    "http://[::1/a",
+                                    "http://[::1]:x"}) {
         try {
             ParseLocation(typed);
             ADD_FAILURE() << "'" << typed << "' was taken";
