@@ -94,7 +94,7 @@ TEST_F(HostTest, NumbersNamesFromOneAndMakesNoneUnasked) {
     EXPECT_EQ(m_host->Str2ID(L"new", VARIANT_FALSE, &id), S_OK);
     EXPECT_EQ(id, made);
     IUnknown* extension = nullptr;
-    EXPECT_EQ(m_host->GetExtension(L"XXX", &extension), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
+    EXPECT_EQ(m_host->GetExtension(L"NONE", &extension), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
     Bstr text;
     EXPECT_EQ(m_host->GetLocalStr(L"no.such", &text), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
 }
