@@ -28,6 +28,11 @@ if(CMAKE_BUILD_TYPE STREQUAL "Debug")
   target_compile_options(pugixml_wide PRIVATE -O1)
 endif()
 
+if(KOV_DESKTOP)
+  find_package(Qt6 6.4 REQUIRED COMPONENTS Core Gui Widgets Svg Pdf WebEngineCore WebEngineWidgets)
+  pkg_check_modules(QPDF REQUIRED IMPORTED_TARGET libqpdf)
+endif()
+
 if(KOV_TESTS)
   find_package(GTest REQUIRED)
 endif()

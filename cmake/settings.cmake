@@ -1,6 +1,7 @@
 # What all targets share: language, warnings, sanitizers, where the products come out.
 
 option(KOV_TESTS "Build the tests" ON)
+option(KOV_DESKTOP "Build the host with windows (Qt 6)" ON)
 option(KOV_BENCH "Build the benchmarks" OFF)
 option(KOV_FUZZ "Build the fuzz targets (clang)" OFF)
 set(KOV_SANITIZE "" CACHE STRING "Sanitizers for -fsanitize=, empty for none")

@@ -107,14 +107,14 @@ HRESULT FileSystem::get_Icon(KOV::IKOV_MultiSizeImage** o_icon) {
 }
 
 // The host's own dialog serves as long as the provider refuses to show one.
-HRESULT FileSystem::CreateDlgParams(IUnknown** out_parameters) {
+HRESULT FileSystem::CreateDlgParams(DWORD, KOV::IAUX_Cab** o_dialog_parameters) {
     TRACE_ENTER();
-    CHECK_OR_RETURN(out_parameters != nullptr, E_POINTER);
-    *out_parameters = nullptr;
+    CHECK_OR_RETURN(o_dialog_parameters != nullptr, E_POINTER);
+    *o_dialog_parameters = nullptr;
     TRACE_RETURN(E_NOTIMPL);
 }
 
-HRESULT FileSystem::ShowDlg(IUnknown*, KOV::IAFS_NamesCollection** o_names) {
+HRESULT FileSystem::ShowDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection** o_names, DWORD*) {
     TRACE_ENTER();
     CHECK_OR_RETURN(o_names != nullptr, E_POINTER);
     *o_names = nullptr;

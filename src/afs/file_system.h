@@ -75,8 +75,9 @@ public:
     HRESULT GetVolumeSpace(KOV::IAFS_Name* name, ULONGLONG* out_free, ULONGLONG* out_total, ULONGLONG* out_available,
                            KOV::IString* out_error_details, KOV::IKOV_Flag* cancel_flag) override;
 
-    HRESULT CreateDlgParams(IUnknown** out_parameters) override;
-    HRESULT ShowDlg(IUnknown* parameters, KOV::IAFS_NamesCollection** out_names) override;
+    HRESULT CreateDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab** o_dialog_parameters) override;
+    HRESULT ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab* dialog_parameters, HWND i_parent_window,
+                    KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) override;
 
     /// The monitor of the calling thread; null takes it away, `S_FALSE` when there was none.
     HRESULT SetProgressMon(KOV::IKOV_ProgressMon* progress_monitor) override;

@@ -2,6 +2,9 @@
 
 /// The module's presence in the editor.
 
+#include <memory>
+
+#include "dialog/front/place_dialog.h"
 #include "frame/plugin.h"
 #include "host/object_bases.h"
 
@@ -20,8 +23,11 @@ public:
     /// it is logged.
     void UpdateCommandItems(File* file);
 
+    std::shared_ptr<Ui::PlaceDialog> OpenSaveDialog() const { return m_open_save_dialog; }
+
 private:
     ~EventsHandler() override;
 
     ComPtr<Plugin> m_plugin;
+    std::shared_ptr<Ui::PlaceDialog> m_open_save_dialog;
 };

@@ -186,3 +186,7 @@ void Plugin::OnFileStateChanged(File* file) {
     }
     TRACE_LEAVE();
 }
+
+std::shared_ptr<Ui::PlaceDialog> Plugin::OpenSaveDialog() const {
+    return m_events_handler.IsNull() ? nullptr : m_events_handler->OpenSaveDialog();
+}

@@ -3,6 +3,8 @@
 /// The module's root object and the way from everywhere to the host. Its members are read directly; between `Init` and
 /// `Unload` nobody writes them.
 
+#include <memory>
+
 #include "host/object_bases.h"
 #include "host/plugin_interface.h"
 #include "settings/preferences_manager.h"
@@ -15,6 +17,10 @@ struct IKOV_Inst;
 struct IKOV_MultiSizeImage;
 struct IUIX_Inst;
 } // namespace KOV
+
+namespace Ui {
+class PlaceDialog;
+} // namespace Ui
 
 class EventsHandler;
 class File;
@@ -45,6 +51,8 @@ public:
 
     /// A file's check-out or edit state changed. Any thread.
     void OnFileStateChanged(File* file);
+    /// The module's own Open and Save dialog; null before `Init` and after `Unload`.
+    std::shared_ptr<Ui::PlaceDialog> OpenSaveDialog() const;
 
     ComPtr<KOV::IKOV_Inst> m_kov_inst;
     ComPtr<KOV::IAFS_Inst> m_afs_inst;

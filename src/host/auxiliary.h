@@ -18,6 +18,8 @@ struct IAUX_Inst : IUnknown {
     /// The reverse. `E_INVALIDARG` for a text that `EncryptString` didn't make; another failure for one that it made and that
     /// can't be read with this key.
     virtual HRESULT DecryptString(IKOV_CryptKey* key, IString* enciphered, IString** out_plain) = 0;
+    /// Whether a result means that the user gave up.
+    virtual HRESULT IsCancelResult(HRESULT result, VARIANT_BOOL* out_is_cancel) = 0;
 
 protected:
     ~IAUX_Inst() = default;

@@ -39,6 +39,8 @@ struct IAUX_CabItem : IDispatch {
     /// `S_OK` and an empty text for an item that isn't set yet.
     virtual HRESULT get_String(BSTR* out_value) = 0;
     virtual HRESULT put_String(LPCWSTR value) = 0;
+    /// Null with success for an item that isn't set yet.
+    virtual HRESULT get_Unknown(IUnknown** out_object) = 0;
     /// Stores a value of any type, and its type with it.
     virtual HRESULT put_v(const VARIANT* value) = 0;
 

@@ -3,8 +3,10 @@
 /// The abstract file system: what a provider offers to the host. Operations block as long as the server takes and may
 /// be called on any thread. `cancel_flag` and `out_error_details` may be null.
 
+#include "host/dialog_settings.h"
 #include "host/file.h"
 #include "host/names_collection.h"
+#include "host/progress.h"
 
 namespace KOV {
 
@@ -13,8 +15,9 @@ struct IAUX_Cab;
 struct IKOV_MultiSizeImage;
 
 enum AFS_FileAttributes : DWORD {
-    AFS_FileAttribute_ReadOnly = 0x1,
     AFS_FileAttribute_Folder = 0x100000,
+    /// The user may not change it.
+    AFS_FileAttribute_ReadOnly = 0x200000,
 };
 
 constexpr DWORD AFS_String2Name_Test = 2;
@@ -90,14 +93,6 @@ protected:
     ~IAFS_EnumFolder() = default;
 };
 
-/// Shows how far a long operation got.
-struct IKOV_ProgressMon : IUnknown {
-    virtual HRESULT SetProgress(LONGLONG done, LONGLONG total) = 0;
-
-protected:
-    ~IKOV_ProgressMon() = default;
-};
-
 /// A provider.
 struct IAFS_FileSys : IDispatch {
     virtual HRESULT get_Name(BSTR* out_name) = 0;
@@ -134,8 +129,13 @@ struct IAFS_FileSys : IDispatch {
                                 IAFS_FileInfo** out_file_info) = 0;
     virtual HRESULT GetVolumeSpace(IAFS_Name* name, ULONGLONG* out_free, ULONGLONG* out_total, ULONGLONG* out_available,
                                    IString* out_error_details, IKOV_Flag* cancel_flag) = 0;
-    virtual HRESULT CreateDlgParams(IUnknown** out_parameters) = 0;
-    virtual HRESULT ShowDlg(IUnknown* parameters, IAFS_NamesCollection** out_names) = 0;
+    /// What the host's dialog of this kind (`AFS_Dlg_…`) starts with.
+    virtual HRESULT CreateDlgParams(DWORD i_dialog_type, IAUX_Cab** o_dialog_parameters) = 0;
+    /// The provider's own dialog, at `initial_folder` or where the parameters say. `o_user_choise` is 1 when names were chosen,
+    /// else
+    /// 2. Blocks until the user has chosen.
+    virtual HRESULT ShowDlg(DWORD i_dialog_type, IAFS_Name* initial_folder, IAUX_Cab* dialog_parameters, HWND i_parent_window,
+                            IAFS_NamesCollection** o_names, DWORD* o_user_choise) = 0;
     virtual HRESULT SetProgressMon(IKOV_ProgressMon* progress_monitor) = 0;
     virtual HRESULT GetProgressMon(DWORD thread_id, IKOV_ProgressMon** out_progress_monitor) = 0;
     virtual HRESULT CreateAccount(LPCWSTR i_url, IAUX_Cab* i_source_cab, DWORD reserved1, DWORD reserved2, DWORD reserved3,
@@ -155,6 +155,10 @@ struct IAFS_Inst : IUnknown {
     virtual HRESULT UnregisterFileSys(IAFS_FileSys* file_system) = 0;
     /// The copies of one session.
     virtual HRESULT CreateFileCachesMap(IAFS_FileSys* file_system, IAFS_FileCachesMap** out_map) = 0;
+    /// The host's own dialogs and what they start with.
+    virtual HRESULT CreateDlgDefaultParams(DWORD i_dialog_type, IAUX_Cab** o_dialog_parameters) = 0;
+    virtual HRESULT ShowDefaultDlg(DWORD i_dialog_type, IAFS_Name* initial_folder, IAUX_Cab* dialog_parameters,
+                                   HWND i_parent_window, IAFS_NamesCollection** o_names, DWORD* o_user_choise) = 0;
 
 protected:
     ~IAFS_Inst() = default;
@@ -167,7 +171,6 @@ KOV_INTERFACE_ID(KOV::IAFS_AccountData, "{E2F015BB-95B8-4C93-A68D-A9B706733987}"
 KOV_INTERFACE_ID(KOV::IAFS_FileInfo, "{2E920A0D-3156-4EB6-932F-5AB7287C54E5}");
 KOV_INTERFACE_ID(KOV::IAFS_EnumFolderItem, "{0C577CE3-F5BD-4AC5-B52D-76264D51D578}");
 KOV_INTERFACE_ID(KOV::IAFS_EnumFolder, "{6554EA2D-9436-4F25-8B11-A4CB7C2608DB}");
-KOV_INTERFACE_ID(KOV::IKOV_ProgressMon, "{C4AB38F9-D5BE-43D0-ADB3-33FB65DEE3EB}");
 KOV_INTERFACE_ID(KOV::IAFS_FileSys, "{FF53F225-0530-4DCA-A174-240E61969C6D}");
 KOV_INTERFACE_ID(KOV::IAFS_Inst, "{D1DBE650-AB7A-4C63-BE2F-FAF4642FB429}");
 

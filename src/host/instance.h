@@ -1,5 +1,7 @@
 #pragma once
 
+#include "host/document.h"
+#include "host/events.h"
 #include "platform/com.h"
 
 namespace KOV {
@@ -10,15 +12,6 @@ struct IAUX_Cab;
 struct IKOV_Plugin;
 struct IKOV_MultiSizeImage;
 struct MessageBoxParameters;
-
-/// A document that is open in the host.
-struct IKOV_Document : IDispatch {
-    /// Other than 0: it has changes that aren't saved.
-    virtual HRESULT GetModifiedState(LONG* out_value) = 0;
-
-protected:
-    ~IKOV_Document() = default;
-};
 
 /// A function of the module's that the host runs on its main thread.
 struct IKOV_ThreadSafeCallback : IUnknown {
@@ -62,14 +55,35 @@ struct IKOV_Inst : IUnknown {
     virtual HRESULT ThreadSafeCall(IKOV_ThreadSafeCallback* callback, LONG timeout) = 0;
     /// Null with success when no document was opened from this file.
     virtual HRESULT FindDocumentOfFile(IAFS_File* file, IKOV_Document** out_document) = 0;
+    /// Reads the document anew from its file and comes back after that; the file stands at the server's version then.
+    /// `E_INVALIDARG` for null. Main thread.
     virtual HRESULT ReloadDocument(IKOV_Document* document, IUnknown* reserved, DWORD mode, IUnknown* parameters) = 0;
+
+    virtual HRESULT get_EventServer(IKOV_EventServer** out_server) = 0;
+    /// Calls the handler once, from the loop, after `milliseconds`, never inside this call. `kind` is 1. The handler is held
+    /// until then. Any thread.
+    virtual HRESULT StartTimer(IKOV_TimerHandler* handler, DWORD milliseconds, DWORD kind, DWORD* out_timer_id) = 0;
+    virtual HRESULT StopTimer(DWORD timer_id) = 0;
+    /// A new monitor; null with success in a host that shows no progress. Any thread.
+    virtual HRESULT get_ProgressMon(IKOV_ProgressMon** out_monitor) = 0;
+    /// The open documents. Main thread.
+    virtual HRESULT get_DocsCount(ULONG* out_count) = 0;
+    virtual HRESULT get_Doc(ULONG index, IKOV_Document** out_document) = 0;
+    /// The document's view that `object` lies in; a frame has its active one. Null with success when there is none. Main thread.
+    virtual HRESULT GetDocViewFromUIObj(IUIX_Obj* object, VARIANT_BOOL reserved, IKOV_DocumentView** out_view) = 0;
+    /// The host's file types for a token such as "<pdf>": title `|` patterns `|`; empty for a token that it doesn't know. Any
+    /// thread.
+    virtual HRESULT GetFileFilter(LPCWSTR token, LONG mode, BSTR* out_filter) = 0;
+    /// A count of bytes as the host shows sizes. `unit` -1 picks one. Any thread.
+    virtual HRESULT FormatFileSize(ULONGLONG size, LONG unit, BSTR* out_text) = 0;
+    /// The low four bits say which product the host is; 3 is the one that has no preferences for modules.
+    virtual HRESULT get_AppType(DWORD* out_type) = 0;
 
 protected:
     ~IKOV_Inst() = default;
 };
 
 } // namespace KOV
-KOV_INTERFACE_ID(KOV::IKOV_Document, "{614E6584-26A6-4C2A-ACA2-8B1FFC2BDCAA}");
 KOV_INTERFACE_ID(KOV::IKOV_ThreadSafeCallback, "{03F4020D-201C-4B5B-9CA2-A22F458149DE}");
 KOV_INTERFACE_ID(KOV::IKOV_CryptKey, "{0803A876-6BF8-490E-8D12-51CBA7E462EC}");
 KOV_INTERFACE_ID(KOV::IKOV_Inst, "{8FF92418-A256-4E6B-8CE8-B568F3F79AA2}");

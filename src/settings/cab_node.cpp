@@ -48,6 +48,14 @@ Bstr CabNode::GetString() const {
     return value;
 }
 
+ComPtr<IUnknown> CabNode::GetUnknown() const {
+    ComPtr<IUnknown> object;
+    if (GetType() != KOV::CabItemType_IUnknown || FAILED(p->get_Unknown(&object))) {
+        return {};
+    }
+    return object;
+}
+
 // Whether a write reached the store isn't told to anybody: what can't be kept is asked for again in the next run.
 void CabNode::SetInt(std::int32_t value) const {
     if (IsNull()) {

@@ -26,6 +26,8 @@ public:
     std::int32_t GetInt() const;
     /// Null unless the item is a String.
     Bstr GetString() const;
+    /// Null unless the item is an IUnknown.
+    ComPtr<IUnknown> GetUnknown() const;
 
     /// Keeps the item's type: Bool, Int, Int64 or floating point. An unset item becomes an Int; others take nothing.
     void SetInt(std::int32_t value) const;

@@ -10,6 +10,7 @@
 
 #include "afs/provider_fixture.h"
 #include "frame/diagnostics/diagnostics.h"
+#include "support/unanswered.h"
 
 namespace {
 
@@ -339,10 +340,7 @@ TEST_F(OperationsTest, CacheEntriesAreMadeAndDroppedByName) {
     EXPECT_EQ(server->Read("sites/x/Docs/a.pdf"), "local content");
 }
 
-class Monitor final : public cCoClassUnknownT<KOV::IKOV_ProgressMon> {
-public:
-    HRESULT SetProgress(LONGLONG, LONGLONG) override { return S_OK; }
-};
+class Monitor final : public UnansweredProgressMon {};
 
 TEST_F(OperationsTest, EachThreadHasItsProgressMonitor) {
     const ComPtr<Monitor> monitor1 = MakeObject<Monitor>();

@@ -2,6 +2,7 @@
 
 #include "document_session.h"
 #include "frame/log_recorder.h"
+#include "support/unanswered.h"
 
 namespace {
 
@@ -381,7 +382,7 @@ TEST_F(SaveDocument, RefusedStateChangesLeaveTheStateAsItWas) {
 }
 
 /// A document in the host that has, or hasn't, unsaved changes.
-class OpenedDocument final : public cCoClassDispatchT<KOV::IKOV_Document> {
+class OpenedDocument final : public UnansweredDocument {
 public:
     explicit OpenedDocument(bool is_modified) : m_is_modified(is_modified) {}
     HRESULT GetModifiedState(LONG* out_value) override {

@@ -128,7 +128,7 @@ TEST_F(MessageBox, KeyWithoutATextStandsForItself) {
 }
 
 /// Takes every picture whose bytes begin with "P".
-class PictureTaker final : public cCoClassUnknownT<KOV::IUIX_Inst, KOV::IKOV_MultiSizeImage, KOV::IKOV_Picture> {
+class PictureTaker final : public UnansweredUix<KOV::IKOV_MultiSizeImage, KOV::IKOV_Picture> {
 public:
     std::vector<DWORD> numbers;
     ULONG pictures = 0;

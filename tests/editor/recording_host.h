@@ -12,6 +12,7 @@
 #include "host/object_bases.h"
 #include "host/user_interface.h"
 #include "platform/bstr.h"
+#include "support/unanswered.h"
 
 struct ShownItem {
     std::wstring key;
@@ -39,7 +40,7 @@ struct ShownBox {
     std::wstring edit_text;
 };
 
-class RecordingHost final : public cCoClassUnknownT<KOV::IKOV_Inst> {
+class RecordingHost final : public UnansweredHost {
 public:
     std::map<std::wstring, std::wstring> texts;
     ComPtr<KOV::IUIX_Inst> uix;
@@ -110,14 +111,6 @@ public:
     HRESULT ThreadSafeCall(KOV::IKOV_ThreadSafeCallback* callback, LONG timeout) override {
         return timeout == -1 ? callback->OnCallback() : E_INVALIDARG;
     }
-
-    HRESULT LoadLocalizationStream(IStream*) override { return E_NOTIMPL; }
-    HRESULT RegisterInfoBar(LPCWSTR, LPCWSTR, LPCWSTR, LONG, DWORD, KOV::IKOV_MultiSizeImage*) override { return E_NOTIMPL; }
-    HRESULT GetPluginSettings(KOV::IKOV_Plugin*, VARIANT_BOOL, KOV::IAUX_Cab**) override { return E_NOTIMPL; }
-    HRESULT GetCryptKey(KOV::IKOV_Plugin*, VARIANT_BOOL, KOV::IKOV_CryptKey**) override { return E_NOTIMPL; }
-    HRESULT CreateStdBindContext(KOV::IAFS_BindContext**) override { return E_NOTIMPL; }
-    HRESULT FindDocumentOfFile(KOV::IAFS_File*, KOV::IKOV_Document**) override { return E_NOTIMPL; }
-    HRESULT ReloadDocument(KOV::IKOV_Document*, IUnknown*, DWORD, IUnknown*) override { return E_NOTIMPL; }
 
 private:
     static std::wstring Text(LPCWSTR text) { return text == nullptr ? L"" : text; }

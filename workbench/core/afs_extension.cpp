@@ -69,3 +69,9 @@ void AfsExtension::DropAll() {
         }
     }
 }
+
+HRESULT AfsExtension::CreateDlgDefaultParams(DWORD, KOV::IAUX_Cab**) { return E_NOTIMPL; }
+
+HRESULT AfsExtension::ShowDefaultDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection**, DWORD*) {
+    return E_NOTIMPL;
+}

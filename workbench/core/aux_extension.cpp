@@ -55,6 +55,16 @@ public:
         return Give(out_plain, [&] { return CipherOf(key)->KeyCipher().Decrypt(TextOf(enciphered)); });
     }
 
+    HRESULT IsCancelResult(HRESULT result, VARIANT_BOOL* out_is_cancel) override {
+        if (out_is_cancel == nullptr) {
+            return E_POINTER;
+        }
+        // The host's own code for it, and the system's.
+        constexpr HRESULT canceled = MakeHResult(0x821704C7);
+        *out_is_cancel = result == canceled || result == HRESULT_FROM_WIN32(ERROR_CANCELLED) ? VARIANT_TRUE : VARIANT_FALSE;
+        return S_OK;
+    }
+
 private:
     static ComPtr<ICipherKey> CipherOf(KOV::IKOV_CryptKey* key) {
         ComPtr<ICipherKey> cipher;

@@ -136,6 +136,9 @@ public:
             return text != nullptr ? text : throw std::bad_alloc();
         });
     }
+    HRESULT get_Unknown(IUnknown** out_object) override {
+        return Guarded(out_object, [&] { return Typed(KOV::CabItemType_IUnknown).object.Detach(); });
+    }
     HRESULT put_Bool(VARIANT_BOOL value) override { return Put(CabValue::Bool(value != VARIANT_FALSE)); }
     HRESULT put_Int(LONG value) override { return Put(CabValue::Int(value)); }
     HRESULT put_Int64(LONGLONG value) override { return Put(CabValue::Int64(value)); }

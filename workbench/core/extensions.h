@@ -26,6 +26,9 @@ public:
     HRESULT RegisterFileSys(KOV::IAFS_FileSys* file_system) override;
     HRESULT UnregisterFileSys(KOV::IAFS_FileSys* file_system) override;
     HRESULT CreateFileCachesMap(KOV::IAFS_FileSys* file_system, KOV::IAFS_FileCachesMap** out_map) override;
+    HRESULT CreateDlgDefaultParams(DWORD i_dialog_type, KOV::IAUX_Cab** o_dialog_parameters) override;
+    HRESULT ShowDefaultDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab* dialog_parameters,
+                           HWND i_parent_window, KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) override;
 
     /// The first one that is registered, uncounted; null when there is none.
     KOV::IAFS_FileSys* FirstProvider() const;

@@ -11,6 +11,7 @@
 #include "workbench/core/cipher.h"
 #include "workbench/core/documents.h"
 #include "workbench/core/extensions.h"
+#include "workbench/core/host_windows.h"
 #include "workbench/core/module_file.h"
 #include "workbench/core/state_folder.h"
 #include "workbench/core/strings.h"
@@ -68,7 +69,7 @@ Host::Host(HostOptions options, MainLoop& loop)
     m_cache_folder = std::make_shared<CacheFolder>(folder, m_store);
     m_afs = MakeObject<AfsExtension>(m_cache_folder);
     m_aux = MakeAuxExtension();
-    m_uix = MakeUixExtension();
+    m_uix = m_options.windows != nullptr ? m_options.windows->MakeUixExtension(*this) : MakeUixExtension();
 }
 
 // Sessions that outlive their module hold local copies, and these hold the sessions.
@@ -324,3 +325,23 @@ HRESULT Host::FindDocumentOfFile(KOV::IAFS_File* file, KOV::IKOV_Document** out_
 HRESULT Host::ReloadDocument(KOV::IKOV_Document* document, IUnknown*, DWORD mode, IUnknown*) {
     return AtBorder(nullptr, [&] { return m_documents->ReloadDocument(document, mode); });
 }
+
+HRESULT Host::get_EventServer(KOV::IKOV_EventServer**) { return E_NOTIMPL; }
+
+HRESULT Host::StartTimer(KOV::IKOV_TimerHandler*, DWORD, DWORD, DWORD*) { return E_NOTIMPL; }
+
+HRESULT Host::StopTimer(DWORD) { return E_NOTIMPL; }
+
+HRESULT Host::get_ProgressMon(KOV::IKOV_ProgressMon**) { return E_NOTIMPL; }
+
+HRESULT Host::get_DocsCount(ULONG*) { return E_NOTIMPL; }
+
+HRESULT Host::get_Doc(ULONG, KOV::IKOV_Document**) { return E_NOTIMPL; }
+
+HRESULT Host::GetDocViewFromUIObj(KOV::IUIX_Obj*, VARIANT_BOOL, KOV::IKOV_DocumentView**) { return E_NOTIMPL; }
+
+HRESULT Host::GetFileFilter(LPCWSTR, LONG, BSTR*) { return E_NOTIMPL; }
+
+HRESULT Host::FormatFileSize(ULONGLONG, LONG, BSTR*) { return E_NOTIMPL; }
+
+HRESULT Host::get_AppType(DWORD*) { return E_NOTIMPL; }

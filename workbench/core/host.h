@@ -33,6 +33,8 @@ class NameIds;
 class Store;
 class Strings;
 
+class HostWindows;
+
 struct HostOptions {
     /// Made with mode 0700 when it isn't there.
     std::filesystem::path state_folder;
@@ -40,6 +42,8 @@ struct HostOptions {
     /// Both outlive the host.
     Questions* questions = nullptr;
     AccountPrompt* account_prompt = nullptr;
+    /// Null for a host without windows.
+    HostWindows* windows = nullptr;
 };
 
 /// A kind of info bar that the module made known.
@@ -97,6 +101,16 @@ public:
     HRESULT ThreadSafeCall(KOV::IKOV_ThreadSafeCallback* callback, LONG timeout) override;
     HRESULT FindDocumentOfFile(KOV::IAFS_File* file, KOV::IKOV_Document** out_document) override;
     HRESULT ReloadDocument(KOV::IKOV_Document* document, IUnknown* reserved, DWORD mode, IUnknown* parameters) override;
+    HRESULT get_EventServer(KOV::IKOV_EventServer** out_server) override;
+    HRESULT StartTimer(KOV::IKOV_TimerHandler* handler, DWORD milliseconds, DWORD kind, DWORD* out_timer_id) override;
+    HRESULT StopTimer(DWORD timer_id) override;
+    HRESULT get_ProgressMon(KOV::IKOV_ProgressMon** out_monitor) override;
+    HRESULT get_DocsCount(ULONG* out_count) override;
+    HRESULT get_Doc(ULONG index, KOV::IKOV_Document** out_document) override;
+    HRESULT GetDocViewFromUIObj(KOV::IUIX_Obj* object, VARIANT_BOOL reserved, KOV::IKOV_DocumentView** out_view) override;
+    HRESULT GetFileFilter(LPCWSTR token, LONG mode, BSTR* out_filter) override;
+    HRESULT FormatFileSize(ULONGLONG size, LONG unit, BSTR* out_text) override;
+    HRESULT get_AppType(DWORD* out_type) override;
 
 private:
     ~Host() override;

@@ -1,3 +1,5 @@
+#include "workbench/core/uix_extension.h"
+
 #include <algorithm>
 #include <array>
 
@@ -54,35 +56,83 @@ LONG ReadSide(const unsigned char* bytes) {
     return side <= MaxPictureSide ? static_cast<LONG>(side) : 0;
 }
 
-class UixExtension final : public cCoClassUnknownT<KOV::IUIX_Inst> {
-public:
-    HRESULT CreateMultiSizeImage(KOV::IKOV_MultiSizeImage** out_image, const DWORD*, ULONG) override {
-        if (out_image == nullptr) {
-            return E_POINTER;
-        }
-        *out_image = MakeObject<MultiSizeImage>().Detach();
-        return *out_image != nullptr ? S_OK : E_OUTOFMEMORY;
+constexpr HRESULT no_window_here = HRESULT_FROM_WIN32(1459);
+
+template <class Object>
+HRESULT Without(Object** out_object) {
+    if (out_object == nullptr) {
+        return E_POINTER;
     }
-    HRESULT CreateImageFromStream(IStream* stream, KOV::IKOV_Picture** out_picture) override {
-        if (out_picture == nullptr) {
-            return E_POINTER;
-        }
-        *out_picture = nullptr;
-        std::array<unsigned char, PngStart.size() + 8> start{};
-        ULONG count = 0;
-        if (stream == nullptr || FAILED(stream->Read(start.data(), start.size(), &count)) || count != start.size() ||
-            !std::equal(PngStart.begin(), PngStart.end(), start.begin())) {
-            return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-        }
-        const SIZE size{ReadSide(start.data() + PngStart.size()), ReadSide(start.data() + PngStart.size() + 4)};
-        if (size.cx == 0 || size.cy == 0) {
-            return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
-        }
-        *out_picture = MakeObject<Picture>(size).Detach();
-        return *out_picture != nullptr ? S_OK : E_OUTOFMEMORY;
-    }
-};
+    *out_object = nullptr;
+    return no_window_here;
+}
 
 } // namespace
+
+HRESULT UixExtension::CreateMultiSizeImage(KOV::IKOV_MultiSizeImage** out_image, const DWORD*, ULONG) {
+    if (out_image == nullptr) {
+        return E_POINTER;
+    }
+    *out_image = MakeObject<MultiSizeImage>().Detach();
+    return *out_image != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT UixExtension::CreateImageFromStream(IStream* stream, KOV::IKOV_Picture** out_picture) {
+    if (out_picture == nullptr) {
+        return E_POINTER;
+    }
+    *out_picture = nullptr;
+    std::array<unsigned char, PngStart.size() + 8> start{};
+    ULONG count = 0;
+    if (stream == nullptr || FAILED(stream->Read(start.data(), start.size(), &count)) || count != start.size() ||
+        !std::equal(PngStart.begin(), PngStart.end(), start.begin())) {
+        return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    }
+    const SIZE size{ReadSide(start.data() + PngStart.size()), ReadSide(start.data() + PngStart.size() + 4)};
+    if (size.cx == 0 || size.cy == 0) {
+        return HRESULT_FROM_WIN32(ERROR_INVALID_DATA);
+    }
+    *out_picture = MakeObject<Picture>(size).Detach();
+    return *out_picture != nullptr ? S_OK : E_OUTOFMEMORY;
+}
+
+HRESULT UixExtension::CreateObj(const KOV::CreateUiObjectParameters*, KOV::IUIX_Obj** out_object) {
+    if (out_object != nullptr) {
+        *out_object = nullptr;
+    }
+    return no_window_here;
+}
+
+HRESULT UixExtension::get_CmdManager(KOV::IUIX_CmdManager** out_manager) { return Without(out_manager); }
+
+HRESULT UixExtension::get_Theme(KOV::IUIX_Theme** out_theme) { return Without(out_theme); }
+
+HRESULT UixExtension::GetIcon(LPCWSTR, KOV::IKOV_MultiSizeImage** out_icon) {
+    if (out_icon == nullptr) {
+        return E_POINTER;
+    }
+    *out_icon = nullptr;
+    return S_OK;
+}
+
+HRESULT UixExtension::CreateFileTypeIcon(LPWSTR, DWORD, KOV::IKOV_MultiSizeImage** out_icon) { return Without(out_icon); }
+
+HRESULT UixExtension::CreateCmdBar(KOV::IUIX_Obj*, const RECT*, IUnknown*, IUnknown*, DWORD, KOV::IUIX_CmdBar** out_bar) {
+    return Without(out_bar);
+}
+
+HRESULT UixExtension::CreateCmdMenu(KOV::IUIX_CmdMenu** out_menu) { return Without(out_menu); }
+
+HRESULT UixExtension::CreateCmdPanel(KOV::IUIX_CmdPanel** out_panel) { return Without(out_panel); }
+
+HRESULT UixExtension::CreateNumberValue(KOV::IUIX_NumberValue** out_value) { return Without(out_value); }
+
+HRESULT UixExtension::get_Metric(DWORD, LONG* out_value) {
+    if (out_value == nullptr) {
+        return E_POINTER;
+    }
+    *out_value = 0;
+    return no_window_here;
+}
 
 ComPtr<KOV::IUIX_Inst> MakeUixExtension() { return MakeObject<UixExtension>(); }

@@ -127,8 +127,8 @@ public:
     HRESULT GetVolumeSpace(KOV::IAFS_Name*, ULONGLONG*, ULONGLONG*, ULONGLONG*, KOV::IString*, KOV::IKOV_Flag*) override {
         return E_NOTIMPL;
     }
-    HRESULT CreateDlgParams(IUnknown**) override { return E_NOTIMPL; }
-    HRESULT ShowDlg(IUnknown*, KOV::IAFS_NamesCollection**) override { return E_NOTIMPL; }
+    HRESULT CreateDlgParams(DWORD, KOV::IAUX_Cab**) override { return E_NOTIMPL; }
+    HRESULT ShowDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection**, DWORD*) override { return E_NOTIMPL; }
     HRESULT SetProgressMon(KOV::IKOV_ProgressMon*) override { return E_NOTIMPL; }
     HRESULT GetProgressMon(DWORD, KOV::IKOV_ProgressMon**) override { return E_NOTIMPL; }
     HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab* i_source_cab, DWORD, DWORD, DWORD,
