@@ -109,7 +109,7 @@ void PreferencesManager::Load() {
     ComPtr<KOV::IAUX_Cab> settings;
     CHECK_CALL_OR_RETURN_VALUE(m_plugin->m_kov_inst->GetPluginSettings(m_plugin, VARIANT_TRUE, &settings), void(0));
     CHECK_OR_RETURN_VALUE(!settings.IsNull(), void(0));
-    m_preferences = ReadPreferences(FindStoredBlock(CabNode(settings)));
+    Replace(ReadPreferences(FindStoredBlock(CabNode(settings))));
     TRACE_LEAVE();
 }
 
@@ -119,16 +119,17 @@ void PreferencesManager::Save() {
     ComPtr<KOV::IAUX_Cab> settings;
     CHECK_CALL_OR_RETURN_VALUE(m_plugin->m_kov_inst->GetPluginSettings(m_plugin, VARIANT_TRUE, &settings), void(0));
     CHECK_OR_RETURN_VALUE(!settings.IsNull(), void(0));
+    const Preferences preferences = Snapshot();
     const CabNode node = CabNode(settings)[L"PreferencesV4"];
     node[L"version"].SetInt(stored_version);
     for (const NumberField& row : action_fields) {
-        node[row.key].SetInt(static_cast<std::int32_t>(m_preferences.*row.field));
+        node[row.key].SetInt(static_cast<std::int32_t>(preferences.*row.field));
     }
-    node[L"default_check_in_type"].SetInt(static_cast<std::int32_t>(m_preferences.default_check_in_type));
-    node[L"default_check_in_message"].SetString(m_preferences.default_check_in_message.c_str());
-    node[L"log_level"].SetInt(static_cast<std::int32_t>(m_preferences.log_level));
-    node[L"days_to_store_logs"].SetInt(static_cast<std::int32_t>(m_preferences.days_to_store_logs));
-    node[L"hide_paths"].SetBool(m_preferences.hide_paths);
-    node[L"hidden_paths"].SetString(JoinPatterns(m_preferences.hidden_paths).c_str());
+    node[L"default_check_in_type"].SetInt(static_cast<std::int32_t>(preferences.default_check_in_type));
+    node[L"default_check_in_message"].SetString(preferences.default_check_in_message.c_str());
+    node[L"log_level"].SetInt(static_cast<std::int32_t>(preferences.log_level));
+    node[L"days_to_store_logs"].SetInt(static_cast<std::int32_t>(preferences.days_to_store_logs));
+    node[L"hide_paths"].SetBool(preferences.hide_paths);
+    node[L"hidden_paths"].SetString(JoinPatterns(preferences.hidden_paths).c_str());
     TRACE_LEAVE();
 }
