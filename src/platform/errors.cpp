@@ -66,6 +66,7 @@ constexpr Message system_messages[] = {
     {1237, L"The operation could not be completed. It should be tried again."},
     {1326, L"The user name or the password is incorrect."},
     {1400, L"The window handle is invalid."},
+    {1459, L"A window is needed here, and this program has none."},
     {1460, L"The time-out expired."},
     {1813, L"The resource type was not found."},
     {1814, L"The resource was not found."},

@@ -9,17 +9,25 @@
 
 struct SAFEARRAY {
     LONG lower_bound;
+    VARTYPE type;
+    /// One of the two is filled, by the type.
     std::vector<Variant> items;
+    std::vector<BYTE> bytes;
+
+    std::size_t Count() const noexcept { return type == VT_UI1 ? bytes.size() : items.size(); }
 };
 
 namespace {
 
 constexpr HRESULT bad_index = MakeHResult(0x8002000B);
 
-Variant* ItemAt(SAFEARRAY* array, const LONG* index) {
-    const std::int64_t position = static_cast<std::int64_t>(*index) - array->lower_bound;
-    const bool is_inside = position >= 0 && position < static_cast<std::int64_t>(array->items.size());
-    return is_inside ? &array->items[static_cast<std::size_t>(position)] : nullptr;
+constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
+
+/// The position of an element, or `nowhere`.
+std::size_t PositionOf(const SAFEARRAY& array, LONG index) {
+    const std::int64_t position = static_cast<std::int64_t>(index) - array.lower_bound;
+    const bool is_inside = position >= 0 && position < static_cast<std::int64_t>(array.Count());
+    return is_inside ? static_cast<std::size_t>(position) : nowhere;
 }
 
 } // namespace
@@ -27,11 +35,14 @@ Variant* ItemAt(SAFEARRAY* array, const LONG* index) {
 SAFEARRAY* SafeArrayCreateVector(VARTYPE type, LONG lower_bound, ULONG count) {
     // The highest index has to be one too.
     const std::int64_t highest = std::int64_t{lower_bound} + count - 1;
-    if (type != VT_VARIANT || highest > std::numeric_limits<LONG>::max() || highest < std::numeric_limits<LONG>::min()) {
+    if ((type != VT_VARIANT && type != VT_UI1) || highest > std::numeric_limits<LONG>::max() ||
+        highest < std::numeric_limits<LONG>::min()) {
         return nullptr;
     }
     try {
-        return std::make_unique<SAFEARRAY>(SAFEARRAY{lower_bound, std::vector<Variant>(count)}).release();
+        auto array = std::make_unique<SAFEARRAY>(SAFEARRAY{lower_bound, type, {}, {}});
+        type == VT_UI1 ? array->bytes.resize(count) : array->items.resize(count);
+        return array.release();
     } catch (const std::exception&) {
         return nullptr;
     }
@@ -48,7 +59,7 @@ HRESULT SafeArrayGetVartype(SAFEARRAY* array, VARTYPE* out_type) {
     if (array == nullptr || out_type == nullptr) {
         return E_INVALIDARG;
     }
-    *out_type = VT_VARIANT;
+    *out_type = array->type;
     return S_OK;
 }
 
@@ -66,7 +77,7 @@ HRESULT SafeArrayGetLBound(SAFEARRAY* array, UINT dimension, LONG* out_bound) {
 HRESULT SafeArrayGetUBound(SAFEARRAY* array, UINT dimension, LONG* out_bound) {
     const HRESULT result = SafeArrayGetLBound(array, dimension, out_bound);
     if (SUCCEEDED(result)) {
-        *out_bound += static_cast<LONG>(array->items.size()) - 1;
+        *out_bound += static_cast<LONG>(array->Count()) - 1;
     }
     return result;
 }
@@ -75,22 +86,43 @@ HRESULT SafeArrayGetElement(SAFEARRAY* array, LONG* index, void* element) {
     if (array == nullptr || index == nullptr || element == nullptr) {
         return E_INVALIDARG;
     }
-    const Variant* const item = ItemAt(array, index);
-    if (item == nullptr) {
+    const std::size_t position = PositionOf(*array, *index);
+    if (position == nowhere) {
         return bad_index;
+    }
+    if (array->type == VT_UI1) {
+        *static_cast<BYTE*>(element) = array->bytes[position];
+        return S_OK;
     }
     auto* const target = static_cast<VARIANT*>(element);
     VariantInit(target);
-    return VariantCopy(target, item);
+    return VariantCopy(target, &array->items[position]);
 }
 
 HRESULT SafeArrayPutElement(SAFEARRAY* array, LONG* index, void* element) {
     if (array == nullptr || index == nullptr || element == nullptr) {
         return E_INVALIDARG;
     }
-    Variant* const item = ItemAt(array, index);
-    return item == nullptr ? bad_index : VariantCopy(item, static_cast<const VARIANT*>(element));
+    const std::size_t position = PositionOf(*array, *index);
+    if (position == nowhere) {
+        return bad_index;
+    }
+    if (array->type == VT_UI1) {
+        array->bytes[position] = *static_cast<const BYTE*>(element);
+        return S_OK;
+    }
+    return VariantCopy(&array->items[position], static_cast<const VARIANT*>(element));
 }
+
+HRESULT SafeArrayAccessData(SAFEARRAY* array, void** out_data) {
+    if (array == nullptr || out_data == nullptr) {
+        return E_INVALIDARG;
+    }
+    *out_data = array->type == VT_UI1 ? static_cast<void*>(array->bytes.data()) : static_cast<void*>(array->items.data());
+    return S_OK;
+}
+
+HRESULT SafeArrayUnaccessData(SAFEARRAY* array) { return array == nullptr ? E_INVALIDARG : S_OK; }
 
 HRESULT SafeArrayCopy(SAFEARRAY* array, SAFEARRAY** out_array) {
     if (out_array == nullptr) {

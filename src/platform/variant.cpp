@@ -9,6 +9,9 @@ HRESULT VariantClear(VARIANT* value) {
     // Empty first: what is released may look at the value.
     const VARIANT old = *value;
     VariantInit(value);
+    if ((old.vt & VT_BYREF) != 0) {
+        return S_OK;
+    }
     if ((old.vt & VT_ARRAY) != 0) {
         return SafeArrayDestroy(old.parray);
     }
@@ -28,7 +31,7 @@ HRESULT VariantCopy(VARIANT* target, const VARIANT* source) {
         return S_OK;
     }
     VARIANT copy = *source;
-    if ((source->vt & VT_ARRAY) != 0) {
+    if ((source->vt & (VT_ARRAY | VT_BYREF)) == VT_ARRAY) {
         copy.parray = nullptr;
         if (const HRESULT result = SafeArrayCopy(source->parray, &copy.parray); FAILED(result)) {
             return result;

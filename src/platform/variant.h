@@ -17,11 +17,14 @@ constexpr VARTYPE VT_DISPATCH = 9;
 constexpr VARTYPE VT_BOOL = 11;
 constexpr VARTYPE VT_VARIANT = 12;
 constexpr VARTYPE VT_UNKNOWN = 13;
+constexpr VARTYPE VT_UI1 = 17;
 constexpr VARTYPE VT_I8 = 20;
 constexpr VARTYPE VT_UI8 = 21;
 constexpr VARTYPE VT_INT = 22;
 constexpr VARTYPE VT_LPWSTR = 31;
 constexpr VARTYPE VT_ARRAY = 0x2000;
+/// With another type: the value stands elsewhere, and the value isn't owned.
+constexpr VARTYPE VT_BYREF = 0x4000;
 
 struct VARIANT {
     VARTYPE vt;
@@ -41,7 +44,17 @@ struct VARIANT {
         IUnknown* punkVal;
         IDispatch* pdispVal;
         SAFEARRAY* parray;
+        VARIANT_BOOL* pboolVal;
+        VARIANT* pvarVal;
     };
+};
+
+/// The arguments of `IDispatch::Invoke`, to whose `parameters` they are handed: the last one first.
+struct DISPPARAMS {
+    VARIANT* rgvarg;
+    LONG* rgdispidNamedArgs;
+    UINT cArgs;
+    UINT cNamedArgs;
 };
 
 extern "C" KOV_PLATFORM_API void VariantInit(VARIANT* value);

@@ -8,6 +8,7 @@
 #include <map>
 #include <mutex>
 #include <string>
+#include <utility>
 
 #include "platform/errors_detail.h"
 
@@ -15,11 +16,17 @@ namespace {
 
 constexpr std::size_t most_messages = 10'000;
 
+struct Window {
+    std::wstring text;
+    bool is_shown = false;
+};
+
 struct Queue {
     std::mutex lock;
     std::condition_variable has_message;
     std::deque<MSG> messages;
-    std::map<HWND, std::wstring> windows;
+    std::function<void()> waker;
+    std::map<HWND, Window> windows;
     std::uintptr_t last_window = 0;
     std::array<BYTE, 256> keys{};
 };
@@ -28,6 +35,8 @@ Queue& TheQueue() {
     static Queue queue;
     return queue;
 }
+
+thread_local DWORD message_time = 0;
 
 DWORD Now() {
     const auto elapsed = std::chrono::steady_clock::now().time_since_epoch();
@@ -40,6 +49,9 @@ BOOL Post(Queue& queue, HWND window, UINT message, WPARAM wparam, LPARAM lparam)
     }
     queue.messages.push_back({window, message, wparam, lparam, Now(), {}});
     queue.has_message.notify_one();
+    if (queue.waker) {
+        queue.waker();
+    }
     return TRUE;
 }
 
@@ -66,10 +78,13 @@ BOOL PeekMessageW(MSG* out_message, HWND window, UINT first, UINT last, UINT rem
     }
     *out_message = *found;
     if ((remove & PM_REMOVE) != 0) {
+        message_time = found->time;
         queue.messages.erase(found);
     }
     return TRUE;
 }
+
+LONG GetMessageTime() { return static_cast<LONG>(message_time); }
 
 DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL, DWORD milliseconds, DWORD) {
     if (count != 0 || handles != nullptr) {
@@ -86,11 +101,17 @@ DWORD MsgWaitForMultipleObjects(DWORD count, const HANDLE* handles, BOOL, DWORD 
     return queue.has_message.wait_for(guard, std::chrono::milliseconds(milliseconds), has_message) ? WAIT_OBJECT_0 : WAIT_TIMEOUT;
 }
 
+void SetMessageWaker(std::function<void()> waker) {
+    Queue& queue = TheQueue();
+    const std::lock_guard guard(queue.lock);
+    queue.waker = std::move(waker);
+}
+
 HWND CreateHostWindow() {
     Queue& queue = TheQueue();
     const std::lock_guard guard(queue.lock);
     const auto window = reinterpret_cast<HWND>(++queue.last_window);
-    queue.windows.emplace(window, std::wstring());
+    queue.windows.emplace(window, Window());
     return window;
 }
 
@@ -111,7 +132,7 @@ BOOL SetWindowTextW(HWND window, LPCWSTR text) {
     if (found == queue.windows.end()) {
         return FailWith(ERROR_INVALID_WINDOW_HANDLE);
     }
-    found->second = text == nullptr ? L"" : text;
+    found->second.text = text == nullptr ? L"" : text;
     return Post(queue, window, WM_SETTEXT, 0, 0);
 }
 
@@ -125,10 +146,22 @@ int GetWindowTextW(HWND window, LPWSTR buffer, int size) {
     if (buffer == nullptr || size <= 0) {
         return 0;
     }
-    const std::size_t count = std::min(found->second.size(), static_cast<std::size_t>(size) - 1);
-    std::char_traits<wchar_t>::copy(buffer, found->second.data(), count);
+    const std::size_t count = std::min(found->second.text.size(), static_cast<std::size_t>(size) - 1);
+    std::char_traits<wchar_t>::copy(buffer, found->second.text.data(), count);
     buffer[count] = 0;
     return static_cast<int>(count);
+}
+
+BOOL ShowWindow(HWND window, int command) {
+    Queue& queue = TheQueue();
+    const std::lock_guard guard(queue.lock);
+    const auto found = queue.windows.find(window);
+    if (found == queue.windows.end()) {
+        return FailWith(ERROR_INVALID_WINDOW_HANDLE);
+    }
+    const bool was_shown = std::exchange(found->second.is_shown, command != SW_HIDE);
+    Post(queue, window, WM_SHOWWINDOW, found->second.is_shown ? 1 : 0, 0);
+    return was_shown ? TRUE : FALSE;
 }
 
 SHORT GetKeyState(int key) {

@@ -186,6 +186,21 @@ TEST(Windows, TakeATextAndTellTheirLoop) {
     EXPECT_EQ(GetLastError(), ERROR_INVALID_WINDOW_HANDLE);
 }
 
+TEST(Windows, AreShownByTheirLoop) {
+    const HWND window = CreateHostWindow();
+    EXPECT_FALSE(ShowWindow(window, SW_SHOW)) << "it was hidden before";
+    EXPECT_TRUE(ShowWindow(window, SW_HIDE));
+    MSG message{};
+    for (const WPARAM shown : {1u, 0u}) {
+        ASSERT_TRUE(PeekMessageW(&message, window, WM_SHOWWINDOW, WM_SHOWWINDOW, PM_REMOVE));
+        EXPECT_EQ(message.wParam, shown);
+        EXPECT_EQ(static_cast<DWORD>(GetMessageTime()), message.time);
+    }
+    DestroyWindow(window);
+    EXPECT_FALSE(ShowWindow(window, SW_SHOW));
+    EXPECT_EQ(GetLastError(), 1400u);
+}
+
 TEST(Keys, AreDownAsLongAsTheHostSaysSo) {
     BYTE states[256] = {};
     states[VK_SHIFT] = 0x81;

@@ -98,6 +98,31 @@ TEST(SafeArrays, HoldCopiesWithinTheirBounds) {
     EXPECT_EQ(object.references, 0u);
 }
 
+TEST(SafeArrays, HoldBytesInOnePiece) {
+    Variant bytes;
+    bytes.vt = VT_ARRAY | VT_UI1;
+    bytes.parray = SafeArrayCreateVector(VT_UI1, 0, 3);
+    BYTE value = 7;
+    LONG index = 2;
+    LONG past = 3;
+    EXPECT_EQ(SafeArrayPutElement(bytes.parray, &index, &value), S_OK);
+    EXPECT_EQ(SafeArrayPutElement(bytes.parray, &past, &value), MakeHResult(0x8002000B));
+    LONG upper = 0;
+    EXPECT_EQ(SafeArrayGetUBound(bytes.parray, 1, &upper), S_OK);
+    EXPECT_EQ(upper, 2);
+    const Variant copy = bytes;
+    void* data = nullptr;
+    ASSERT_EQ(SafeArrayAccessData(copy.parray, &data), S_OK);
+    EXPECT_EQ(static_cast<const BYTE*>(data)[2], 7);
+    EXPECT_EQ(SafeArrayUnaccessData(copy.parray), S_OK);
+    // Only the owner of a value frees it.
+    Variant elsewhere;
+    elsewhere.vt = VT_BYREF | VT_ARRAY | VT_UI1;
+    elsewhere.parray = bytes.parray;
+    EXPECT_EQ(VariantClear(&elsewhere), S_OK);
+    EXPECT_EQ(SafeArrayGetElement(bytes.parray, &index, &value), S_OK);
+}
+
 TEST(SafeArrays, RefuseIndexesThatDoNotExist) {
     EXPECT_EQ(SafeArrayCreateVector(VT_BSTR, 0, 1), nullptr);
     EXPECT_EQ(SafeArrayCreateVector(VT_VARIANT, std::numeric_limits<LONG>::max(), 2), nullptr);
