@@ -153,6 +153,7 @@ std::optional<Answer> Terminal::NextAnswer() {
 }
 
 BoxAnswer Terminal::Ask(const Box& box) {
+    const std::lock_guard one_question(m_question_lock);
     const std::optional<Answer> prepared = NextAnswer();
     const BoxAnswer answer = prepared ? Apply(box, *prepared) : HasTerminal() ? AskPerson(box) : UnansweredBox(box);
     Show(box, answer);

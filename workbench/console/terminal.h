@@ -32,6 +32,7 @@ private:
     void Show(const Box& box, const BoxAnswer& answer);
 
     Output& m_output;
+    std::mutex m_question_lock;
     std::mutex m_lock;
     std::deque<Answer> m_answers;
 };

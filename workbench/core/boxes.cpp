@@ -87,6 +87,7 @@ void ReadEdit(const KOV::MessageBoxParameters& record, const Strings& strings, T
     }
     const std::wstring text = record.edit_text != nullptr ? record.edit_text : L"";
     edit.text = translated.edit_is_markup ? FromMarkup(text) : text;
+    edit.has_several_lines = translated.edit_is_markup;
     edit.is_required = (record.flags & KOV::UIX_MsgBox_EditTextRequired) != 0;
     translated.box.edit = std::move(edit);
 }

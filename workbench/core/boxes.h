@@ -9,8 +9,8 @@
 #include "workbench/core/questions.h"
 #include "workbench/core/strings.h"
 
-/// The edit line's text goes into a document of markup: the user reads and writes it plainly, the record holds `&` and `<`
-/// as `&amp;` and `&lt;`.
+/// The box has an edit of several lines, whose text goes into a document of markup: the user reads and writes it plainly, the
+/// record holds `&` and `<` as `&amp;` and `&lt;`.
 constexpr DWORD BoxFlag_EditTextIsMarkup = 0xC0000;
 
 struct TranslatedBox {

@@ -285,7 +285,6 @@ HRESULT Host::ShowMsgBox(const KOV::MessageBoxParameters* parameters, DWORD* out
         const TranslatedBox translated = ReadBoxRecord(*parameters, *m_strings, *m_name_ids);
         BoxAnswer answer = UnansweredBox(translated.box);
         if (m_options.questions != nullptr) {
-            const std::scoped_lock hold(m_box_lock);
             answer = m_options.questions->Ask(translated.box);
         }
         BoxResults results = WriteBoxAnswer(translated, answer);

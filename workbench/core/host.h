@@ -128,7 +128,6 @@ private:
     ComPtr<AfsExtension> m_afs;
     ComPtr<KOV::IAUX_Inst> m_aux;
     ComPtr<KOV::IUIX_Inst> m_uix;
-    std::mutex m_box_lock;
     std::mutex m_lock;
     std::vector<InfoBarKind> m_info_bars;
     /// By the module's name. One cab object a module: it holds the schema that the module gave it.

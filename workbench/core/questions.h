@@ -27,6 +27,7 @@ struct BoxEdit {
     std::wstring text;
     /// The box can't be answered by its first button while the line is empty.
     bool is_required = false;
+    bool has_several_lines = false;
 };
 
 /// One question. Texts may hold `<b>` and `</b>`, line feeds, and `&` before the letter that is a button's accelerator.
@@ -53,7 +54,9 @@ struct BoxAnswer {
 /// The answer that changes nothing: what the box shows at its start, and no button.
 BoxAnswer UnansweredBox(const Box& box);
 
-/// Puts questions to whoever sits before the program. Called on any thread, one question at a time.
+/// Puts questions to whoever sits before the program. Called on any thread, by several at once: who has one terminal lets one
+/// question wait for another, who has windows shows them on top of each other. No lock is held around it, since a thread's
+/// question may need the main thread, which may be asking one of its own.
 class Questions {
 public:
     virtual ~Questions() = default;
