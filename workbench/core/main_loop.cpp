@@ -11,8 +11,10 @@ namespace {
 /// Wakes the loop; its own, so it reaches nobody else.
 constexpr UINT WakeMessage = 0x8000 + 0x4B56;
 
+} // namespace
+
 /// A call that another thread waits for.
-struct WaitingCall {
+struct MainLoop::WaitingCall {
     enum class State { queued, running, done, withdrawn };
 
     std::mutex lock;
@@ -32,6 +34,14 @@ struct WaitingCall {
         const HRESULT outcome = function();
         Finish(outcome);
     }
+    /// Ends it with `E_ABORT` unless it has begun.
+    void Withdraw() {
+        const std::scoped_lock hold(lock);
+        if (state == State::queued) {
+            state = State::done;
+            changed.notify_all();
+        }
+    }
     void Finish(HRESULT outcome) {
         const std::scoped_lock hold(lock);
         result = outcome;
@@ -41,16 +51,10 @@ struct WaitingCall {
 };
 
 /// Ends the call with `E_ABORT` when its task is dropped without having run.
-class QueuedCall {
+class MainLoop::QueuedCall {
 public:
     explicit QueuedCall(std::shared_ptr<WaitingCall> call) : m_call(std::move(call)) {}
-    ~QueuedCall() {
-        const std::scoped_lock hold(m_call->lock);
-        if (m_call->state == WaitingCall::State::queued) {
-            m_call->state = WaitingCall::State::done;
-            m_call->changed.notify_all();
-        }
-    }
+    ~QueuedCall() { m_call->Withdraw(); }
     QueuedCall(const QueuedCall&) = delete;
     QueuedCall& operator=(const QueuedCall&) = delete;
     void Run() { m_call->Run(); }
@@ -58,8 +62,6 @@ public:
 private:
     std::shared_ptr<WaitingCall> m_call;
 };
-
-} // namespace
 
 MainLoop::~MainLoop() {
     std::deque<std::function<void()>> dropped;
@@ -85,6 +87,14 @@ HRESULT MainLoop::Call(std::function<HRESULT()> function, LONG timeout_ms) {
     }
     const auto call = std::make_shared<WaitingCall>();
     call->function = std::move(function);
+    {
+        const std::scoped_lock hold(m_lock);
+        if (m_refuses_calls) {
+            return E_ABORT;
+        }
+        std::erase_if(m_calls, [](const auto& known) { return known.expired(); });
+        m_calls.push_back(call);
+    }
     Post([queued = std::make_shared<QueuedCall>(call)] { queued->Run(); });
 
     std::unique_lock hold(call->lock);
@@ -97,6 +107,22 @@ HRESULT MainLoop::Call(std::function<HRESULT()> function, LONG timeout_ms) {
     // One that runs already can't be taken back, and what it uses lives on the caller's stack.
     call->changed.wait(hold, is_done);
     return call->result;
+}
+
+void MainLoop::RefuseCalls(bool refuse) {
+    std::vector<std::weak_ptr<WaitingCall>> calls;
+    {
+        const std::scoped_lock hold(m_lock);
+        m_refuses_calls = refuse;
+        if (refuse) {
+            calls.swap(m_calls);
+        }
+    }
+    for (const auto& known : calls) {
+        if (const auto call = known.lock()) {
+            call->Withdraw();
+        }
+    }
 }
 
 void MainLoop::Run() { RunUntil(Clock::time_point::max()); }
@@ -161,10 +187,30 @@ void MainLoop::Quit() {
 }
 
 void MainLoop::Drain() {
-    DrainMessages();
-    while (RunNextTask()) {
-        DrainMessages();
+    while (RunOne()) {
     }
+}
+
+bool MainLoop::RunOne() {
+    MSG message;
+    if (!PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
+        return RunNextTask(); // one whose wake found no room in the queue
+    }
+    if (message.hwnd == nullptr && message.message == WakeMessage) {
+        (void)RunNextTask(); // tasks and messages keep their order among each other
+    } else if (on_message) {
+        on_message(message);
+    }
+    return true;
+}
+
+bool MainLoop::HasWork() {
+    MSG message;
+    if (PeekMessageW(&message, nullptr, 0, 0, 0)) {
+        return true;
+    }
+    const std::scoped_lock hold(m_lock);
+    return !m_tasks.empty();
 }
 
 void MainLoop::Wake() {
@@ -184,16 +230,4 @@ bool MainLoop::RunNextTask() {
     }
     task();
     return true;
-}
-
-void MainLoop::DrainMessages() {
-    MSG message;
-    while (PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        if (message.hwnd == nullptr && message.message == WakeMessage) {
-            continue;
-        }
-        if (on_message) {
-            on_message(message);
-        }
-    }
 }

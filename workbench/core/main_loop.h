@@ -9,6 +9,7 @@
 #include <memory>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "platform/types.h"
 #include "platform/windows_messages.h"
@@ -33,6 +34,9 @@ public:
     /// `timeout_ms` without having begun it is withdrawn, and the result is `HRESULT_FROM_WIN32(ERROR_TIMEOUT)`; negative
     /// waits for ever. Any thread.
     HRESULT Call(std::function<HRESULT()> function, LONG timeout_ms);
+    /// From now on calls from other threads come back with `E_ABORT`, those that wait too, until it is called with false. A
+    /// program that ends doesn't let its workers wait for a thread that waits for them.
+    void RefuseCalls(bool refuse);
 
     /// Turns until `Quit`. Main thread.
     void Run();
@@ -45,18 +49,26 @@ public:
     void Quit();
     /// Runs what waits now and comes back. Main thread.
     void Drain();
+    /// Runs the oldest task or hands out the oldest message: for a host whose loop is another one. False when nothing waited.
+    /// Main thread.
+    bool RunOne();
+    bool HasWork();
 
     /// Gets each message of the platform's queue that isn't the loop's own; without it they are dropped. Main thread.
     std::function<void(const MSG&)> on_message;
 
 private:
+    struct WaitingCall;
+    class QueuedCall;
+
     void Wake();
     bool RunNextTask();
-    void DrainMessages();
 
     const std::thread::id m_main_thread = std::this_thread::get_id();
     std::mutex m_lock;
     std::deque<std::function<void()>> m_tasks;
+    std::vector<std::weak_ptr<WaitingCall>> m_calls;
+    bool m_refuses_calls = false;
     bool m_quit = false;
     bool m_closed = false;
 };
