@@ -1,9 +1,20 @@
 #include <algorithm>
 
+#include "platform/errors.h"
+#include "workbench/core/cab.h"
 #include "workbench/core/cache_map.h"
 #include "workbench/core/cache_map_core.h"
 #include "workbench/core/errors.h"
 #include "workbench/core/extensions.h"
+#include "workbench/core/host_windows.h"
+#include "workbench/core/main_loop.h"
+
+namespace {
+
+/// What a dialog answers that ended without a choice.
+constexpr DWORD dialog_canceled = 2;
+
+} // namespace
 
 HRESULT AfsExtension::RegisterFileSys(KOV::IAFS_FileSys* file_system) {
     if (file_system == nullptr) {
@@ -70,8 +81,34 @@ void AfsExtension::DropAll() {
     }
 }
 
-HRESULT AfsExtension::CreateDlgDefaultParams(DWORD, KOV::IAUX_Cab**) { return E_NOTIMPL; }
+HRESULT AfsExtension::CreateDlgDefaultParams(DWORD, KOV::IAUX_Cab** o_dialog_parameters) {
+    if (o_dialog_parameters == nullptr) {
+        return E_POINTER;
+    }
+    *o_dialog_parameters = nullptr;
+    return AtBorder(nullptr, [&] {
+        *o_dialog_parameters = MakeTransientCab().Detach();
+        return *o_dialog_parameters != nullptr ? S_OK : E_OUTOFMEMORY;
+    });
+}
 
-HRESULT AfsExtension::ShowDefaultDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection**, DWORD*) {
-    return E_NOTIMPL;
+HRESULT AfsExtension::ShowDefaultDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab*, HWND i_parent_window,
+                                     KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) {
+    if (o_names == nullptr || o_user_choise == nullptr) {
+        return E_POINTER;
+    }
+    *o_names = nullptr;
+    *o_user_choise = dialog_canceled;
+    if (m_windows == nullptr) {
+        return HRESULT_FROM_WIN32(1459);
+    }
+    return AtBorder(nullptr, [&] {
+        return m_loop.Call(
+            [&] {
+                return AtBorder(nullptr, [&] {
+                    return m_windows->ShowDefaultDialog(i_dialog_type, initial_folder, i_parent_window, o_names, o_user_choise);
+                });
+            },
+            -1);
+    });
 }

@@ -1,10 +1,20 @@
 #include "workbench/core/documents.h"
 
 #include <algorithm>
+#include <iterator>
 
 void Documents::Add(KOV::IKOV_Document* document, KOV::IAFS_File* file, Reload reload) {
     const std::scoped_lock hold(m_lock);
     m_entries.push_back({document, file, std::move(reload)});
+}
+
+void Documents::SetFile(KOV::IKOV_Document* document, KOV::IAFS_File* file) {
+    const std::scoped_lock hold(m_lock);
+    for (Entry& entry : m_entries) {
+        if (entry.document.Get() == document) {
+            entry.file = file;
+        }
+    }
 }
 
 void Documents::Remove(KOV::IKOV_Document* document) {
@@ -22,9 +32,33 @@ void Documents::Clear() {
     removed.swap(m_entries);
 }
 
+ULONG Documents::Count() const {
+    const std::scoped_lock hold(m_lock);
+    return static_cast<ULONG>(m_entries.size());
+}
+
+ComPtr<KOV::IKOV_Document> Documents::At(ULONG index) const {
+    const std::scoped_lock hold(m_lock);
+    return index < m_entries.size() ? m_entries[index].document : ComPtr<KOV::IKOV_Document>();
+}
+
+std::vector<ComPtr<KOV::IKOV_Document>> Documents::All() const {
+    const std::scoped_lock hold(m_lock);
+    std::vector<ComPtr<KOV::IKOV_Document>> documents;
+    std::transform(m_entries.begin(), m_entries.end(), std::back_inserter(documents),
+                   [](const Entry& entry) { return entry.document; });
+    return documents;
+}
+
 ComPtr<KOV::IKOV_Document> Documents::Find(KOV::IAFS_File* file) const {
+    if (file == nullptr) {
+        return {};
+    }
     const std::scoped_lock hold(m_lock);
     for (const Entry& entry : m_entries) {
+        if (entry.file == nullptr) {
+            continue;
+        }
         VARIANT_BOOL is_clone = VARIANT_FALSE;
         if (entry.file == file || (SUCCEEDED(entry.file->IsCloneOf(file, &is_clone)) && is_clone != VARIANT_FALSE)) {
             return entry.document;

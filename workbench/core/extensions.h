@@ -17,11 +17,16 @@
 #include "workbench/core/questions.h"
 
 class CacheMapCore;
+class CommandCollection;
+class HostWindows;
+class MainLoop;
 
 /// "AFS": the providers and the caches of their sessions. Any thread.
 class AfsExtension final : public cCoClassUnknownT<KOV::IAFS_Inst> {
 public:
-    explicit AfsExtension(std::shared_ptr<CacheFolder> folder) : m_folder(std::move(folder)) {}
+    /// `loop` and `windows`, which is null for a host without windows, outlive the extension.
+    AfsExtension(std::shared_ptr<CacheFolder> folder, MainLoop& loop, HostWindows* windows)
+        : m_folder(std::move(folder)), m_loop(loop), m_windows(windows) {}
 
     HRESULT RegisterFileSys(KOV::IAFS_FileSys* file_system) override;
     HRESULT UnregisterFileSys(KOV::IAFS_FileSys* file_system) override;
@@ -37,6 +42,8 @@ public:
 
 private:
     const std::shared_ptr<CacheFolder> m_folder;
+    MainLoop& m_loop;
+    HostWindows* const m_windows;
     mutable std::mutex m_lock;
     std::vector<ComPtr<KOV::IAFS_FileSys>> m_providers;
     std::vector<std::weak_ptr<CacheMapCore>> m_maps;
@@ -44,8 +51,8 @@ private:
 
 /// "AUX". Any thread.
 ComPtr<KOV::IAUX_Inst> MakeAuxExtension();
-/// "UIX". Any thread.
-ComPtr<KOV::IUIX_Inst> MakeUixExtension();
+/// "UIX" of a host without windows. Any thread.
+ComPtr<KOV::IUIX_Inst> MakeUixExtension(CommandCollection* commands);
 
 /// A key object on the cipher of the state folder.
 ComPtr<KOV::IKOV_CryptKey> MakeCryptKey(std::shared_ptr<Cipher> cipher);

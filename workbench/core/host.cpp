@@ -9,16 +9,23 @@
 #include "workbench/core/cab.h"
 #include "workbench/core/cache_folder.h"
 #include "workbench/core/cipher.h"
+#include "workbench/core/commands.h"
 #include "workbench/core/documents.h"
+#include "workbench/core/event_server.h"
 #include "workbench/core/extensions.h"
+#include "workbench/core/file_types.h"
 #include "workbench/core/host_windows.h"
 #include "workbench/core/module_file.h"
 #include "workbench/core/state_folder.h"
 #include "workbench/core/strings.h"
+#include "workbench/core/timers.h"
 
 namespace {
 
 constexpr ULONG MaxStringTable = ULONG{4} << 20;
+/// The one kind of timer.
+constexpr DWORD once = 1;
+constexpr DWORD app_type_editor = 1;
 
 void Check(HRESULT result, const std::string& what) {
     if (FAILED(result)) {
@@ -49,6 +56,19 @@ Function FunctionOf(FARPROC address) {
     return reinterpret_cast<Function>(reinterpret_cast<void (*)()>(address));
 }
 
+/// Makes a text for the caller.
+template <class Text>
+HRESULT GiveText(BSTR* out_text, Text&& text) {
+    if (out_text == nullptr) {
+        return E_POINTER;
+    }
+    *out_text = nullptr;
+    return AtBorder(nullptr, [&] {
+        *out_text = Bstr(std::wstring_view(text())).Detach();
+        return *out_text != nullptr ? S_OK : E_OUTOFMEMORY;
+    });
+}
+
 std::wstring SettingsName(KOV::IKOV_Plugin& plugin) {
     GUID id{};
     Check(plugin.get__GUID(&id), "The module can't tell what it is");
@@ -61,19 +81,23 @@ std::wstring SettingsName(KOV::IKOV_Plugin& plugin) {
 } // namespace
 
 Host::Host(HostOptions options, MainLoop& loop)
-    : m_options(std::move(options)), m_loop(loop), m_strings(std::make_unique<Strings>()),
-      m_name_ids(std::make_unique<NameIds>()), m_documents(std::make_unique<Documents>()) {
+    : m_options(std::move(options)), m_loop(loop), m_strings(std::make_unique<Strings>()), m_name_ids(NameIds::OfProcess()),
+      m_documents(std::make_unique<Documents>()), m_timers(std::make_unique<Timers>(loop)),
+      m_events(MakeObject<EventServer>(m_name_ids)), m_commands(MakeObject<CommandCollection>(m_name_ids, loop)) {
     const std::filesystem::path folder = MakePrivateFolder(m_options.state_folder);
     m_store = std::make_shared<Store>(folder / "store.sqlite");
     m_cipher = std::make_shared<Cipher>(folder / "key");
     m_cache_folder = std::make_shared<CacheFolder>(folder, m_store);
-    m_afs = MakeObject<AfsExtension>(m_cache_folder);
+    m_afs = MakeObject<AfsExtension>(m_cache_folder, m_loop, m_options.windows);
     m_aux = MakeAuxExtension();
-    m_uix = m_options.windows != nullptr ? m_options.windows->MakeUixExtension(*this) : MakeUixExtension();
+    m_uix = m_options.windows != nullptr ? m_options.windows->MakeUixExtension(*this) : MakeUixExtension(m_commands);
 }
 
 // Sessions that outlive their module hold local copies, and these hold the sessions.
-Host::~Host() { m_afs->DropAll(); }
+Host::~Host() {
+    DropWhatTheModuleLeft();
+    m_afs->DropAll();
+}
 
 void Host::Load() {
     CheckModuleIsWhole(m_options.module_path);
@@ -82,6 +106,7 @@ void Host::Load() {
         throw HostException(HRESULT_FROM_WIN32(GetLastError()),
                             "The module can't be loaded: " + Utf8FromWide(GetModuleLoadError()));
     }
+    m_loop.RefuseCalls(false);
     try {
         RunStartOfModule();
     } catch (...) {
@@ -114,12 +139,15 @@ void Host::Unload() {
     if (m_module == nullptr) {
         return;
     }
+    m_loop.RefuseCalls(true);
+    // A command holds its handler, and that one the module's root.
+    m_commands->Clear();
     if (!m_plugin.IsNull()) {
         m_plugin->Unload();
     }
     // Whatever of the module is still held goes before its code does.
-    m_documents->Clear();
     m_loop.Drain();
+    DropWhatTheModuleLeft();
     m_afs->DropAll();
     {
         const std::scoped_lock hold(m_lock);
@@ -128,6 +156,13 @@ void Host::Unload() {
     }
     m_plugin.Release();
     FreeLibrary(std::exchange(m_module, nullptr));
+}
+
+void Host::DropWhatTheModuleLeft() {
+    m_commands->Clear();
+    m_timers->Clear();
+    m_events->Clear();
+    m_documents->Clear();
 }
 
 KOV::IAFS_FileSys* Host::Provider() const noexcept { return m_afs->FirstProvider(); }
@@ -153,6 +188,8 @@ std::vector<InfoBarKind> Host::InfoBars() {
     const std::scoped_lock hold(m_lock);
     return m_info_bars;
 }
+
+DWORD Host::IdOfName(std::wstring_view name) { return *m_name_ids.Find(name, true); }
 
 std::wstring Host::Resolve(const std::wstring& text) const { return m_strings->Resolve(text); }
 
@@ -203,7 +240,7 @@ HRESULT Host::Str2ID(LPCWSTR name, VARIANT_BOOL create, DWORD* out_id) {
     }
     *out_id = 0;
     return AtBorder(nullptr, [&] {
-        const auto id = m_name_ids->Find(name, create != VARIANT_FALSE);
+        const auto id = m_name_ids.Find(name, create != VARIANT_FALSE);
         *out_id = id.value_or(0);
         return id ? S_OK : HRESULT_FROM_WIN32(ERROR_NOT_FOUND);
     });
@@ -271,7 +308,7 @@ HRESULT Host::GetDlgOwnerWnd(DWORD, HWND* out_window) {
     if (out_window == nullptr) {
         return E_POINTER;
     }
-    *out_window = nullptr;
+    *out_window = m_options.windows != nullptr ? m_options.windows->DialogOwner() : nullptr;
     return S_OK;
 }
 
@@ -282,7 +319,7 @@ HRESULT Host::ShowMsgBox(const KOV::MessageBoxParameters* parameters, DWORD* out
     }
     *out_button_id = 0;
     return AtBorder(nullptr, [&] {
-        const TranslatedBox translated = ReadBoxRecord(*parameters, *m_strings, *m_name_ids);
+        const TranslatedBox translated = ReadBoxRecord(*parameters, *m_strings, m_name_ids);
         BoxAnswer answer = UnansweredBox(translated.box);
         if (m_options.questions != nullptr) {
             answer = m_options.questions->Ask(translated.box);
@@ -325,22 +362,87 @@ HRESULT Host::ReloadDocument(KOV::IKOV_Document* document, IUnknown*, DWORD mode
     return AtBorder(nullptr, [&] { return m_documents->ReloadDocument(document, mode); });
 }
 
-HRESULT Host::get_EventServer(KOV::IKOV_EventServer**) { return E_NOTIMPL; }
+HRESULT Host::get_EventServer(KOV::IKOV_EventServer** out_server) {
+    if (out_server == nullptr) {
+        return E_POINTER;
+    }
+    *out_server = ComPtr<EventServer>(m_events).Detach();
+    return S_OK;
+}
 
-HRESULT Host::StartTimer(KOV::IKOV_TimerHandler*, DWORD, DWORD, DWORD*) { return E_NOTIMPL; }
+HRESULT Host::StartTimer(KOV::IKOV_TimerHandler* handler, DWORD milliseconds, DWORD kind, DWORD* out_timer_id) {
+    if (out_timer_id == nullptr) {
+        return E_POINTER;
+    }
+    if (handler == nullptr || kind != once) {
+        return E_INVALIDARG;
+    }
+    return AtBorder(nullptr, [&] {
+        m_timers->Start(handler, milliseconds, out_timer_id);
+        return S_OK;
+    });
+}
 
-HRESULT Host::StopTimer(DWORD) { return E_NOTIMPL; }
+HRESULT Host::StopTimer(DWORD timer_id) { return m_timers->Stop(timer_id) ? S_OK : S_FALSE; }
 
-HRESULT Host::get_ProgressMon(KOV::IKOV_ProgressMon**) { return E_NOTIMPL; }
+HRESULT Host::get_ProgressMon(KOV::IKOV_ProgressMon** out_monitor) {
+    if (out_monitor == nullptr) {
+        return E_POINTER;
+    }
+    *out_monitor = nullptr;
+    return AtBorder(nullptr, [&] {
+        if (m_options.windows != nullptr) {
+            *out_monitor = m_options.windows->MakeProgressMonitor().Detach();
+        }
+        return S_OK;
+    });
+}
 
-HRESULT Host::get_DocsCount(ULONG*) { return E_NOTIMPL; }
+HRESULT Host::get_DocsCount(ULONG* out_count) {
+    if (out_count == nullptr) {
+        return E_POINTER;
+    }
+    *out_count = m_documents->Count();
+    return S_OK;
+}
 
-HRESULT Host::get_Doc(ULONG, KOV::IKOV_Document**) { return E_NOTIMPL; }
+HRESULT Host::get_Doc(ULONG index, KOV::IKOV_Document** out_document) {
+    if (out_document == nullptr) {
+        return E_POINTER;
+    }
+    *out_document = m_documents->At(index).Detach();
+    return *out_document != nullptr ? S_OK : E_INVALIDARG;
+}
 
-HRESULT Host::GetDocViewFromUIObj(KOV::IUIX_Obj*, VARIANT_BOOL, KOV::IKOV_DocumentView**) { return E_NOTIMPL; }
+HRESULT Host::GetDocViewFromUIObj(KOV::IUIX_Obj* object, VARIANT_BOOL, KOV::IKOV_DocumentView** out_view) {
+    if (out_view == nullptr) {
+        return E_POINTER;
+    }
+    *out_view = nullptr;
+    if (object == nullptr) {
+        return E_INVALIDARG;
+    }
+    if (FAILED(object->_QueryImpl(out_view))) {
+        *out_view = nullptr;
+    }
+    return S_OK;
+}
 
-HRESULT Host::GetFileFilter(LPCWSTR, LONG, BSTR*) { return E_NOTIMPL; }
+HRESULT Host::GetFileFilter(LPCWSTR token, LONG mode, BSTR* out_filter) {
+    if (token == nullptr) {
+        return E_INVALIDARG;
+    }
+    return GiveText(out_filter, [&] { return FileFilterOf(token, mode != 0); });
+}
 
-HRESULT Host::FormatFileSize(ULONGLONG, LONG, BSTR*) { return E_NOTIMPL; }
+HRESULT Host::FormatFileSize(ULONGLONG size, LONG unit, BSTR* out_text) {
+    return GiveText(out_text, [&] { return FileSizeText(size, unit); });
+}
 
-HRESULT Host::get_AppType(DWORD*) { return E_NOTIMPL; }
+HRESULT Host::get_AppType(DWORD* out_type) {
+    if (out_type == nullptr) {
+        return E_POINTER;
+    }
+    *out_type = app_type_editor;
+    return S_OK;
+}

@@ -14,6 +14,7 @@
 #include <memory>
 #include <mutex>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "host/host_interfaces.h"
@@ -28,10 +29,13 @@
 class AfsExtension;
 class CacheFolder;
 class Cipher;
+class CommandCollection;
 class Documents;
+class EventServer;
 class NameIds;
 class Store;
 class Strings;
+class Timers;
 
 class HostWindows;
 
@@ -64,8 +68,9 @@ public:
     /// Loads the module and runs its start, up to `Init`. Throws `HostException`; what was loaded is unloaded again then. Main
     /// thread.
     void Load();
-    /// Ends the module and unloads it. All objects of the module that the caller holds are released before. Harmless when
-    /// nothing is loaded. Main thread.
+    /// Deletes all commands, ends the module and unloads it; calls from other threads to the main thread end with `E_ABORT` from
+    /// then on. All objects of the module that the caller holds are released before. Harmless when nothing is loaded. Main
+    /// thread.
     void Unload();
 
     /// The provider that the module registered; null when nothing is loaded.
@@ -79,6 +84,11 @@ public:
     /// Is told while a document is sent how many bytes are, on the thread that sends; null ends it.
     void ObserveUploads(std::function<void(LONGLONG sent)> observer);
     Documents& OpenDocuments() noexcept { return *m_documents; }
+    CommandCollection& Commands() noexcept { return *m_commands; }
+    /// See document_life.h for what is raised when.
+    EventServer& Events() noexcept { return *m_events; }
+    /// The number of a name, which is made when it is new. Any thread.
+    DWORD IdOfName(std::wstring_view name);
     Store& StateStore() noexcept { return *m_store; }
     MainLoop& Loop() noexcept { return m_loop; }
     std::vector<InfoBarKind> InfoBars();
@@ -116,6 +126,7 @@ private:
     ~Host() override;
 
     void RunStartOfModule();
+    void DropWhatTheModuleLeft();
 
     const HostOptions m_options;
     MainLoop& m_loop;
@@ -123,8 +134,11 @@ private:
     std::shared_ptr<CacheFolder> m_cache_folder;
     std::shared_ptr<Cipher> m_cipher;
     std::unique_ptr<Strings> m_strings;
-    std::unique_ptr<NameIds> m_name_ids;
+    NameIds& m_name_ids;
     std::unique_ptr<Documents> m_documents;
+    std::unique_ptr<Timers> m_timers;
+    ComPtr<EventServer> m_events;
+    ComPtr<CommandCollection> m_commands;
     ComPtr<AfsExtension> m_afs;
     ComPtr<KOV::IAUX_Inst> m_aux;
     ComPtr<KOV::IUIX_Inst> m_uix;

@@ -9,6 +9,7 @@ namespace {
 
 constexpr std::size_t MaxTableSize = std::size_t{4} << 20;
 constexpr std::wstring_view TextPrefix = L"$$$.";
+constexpr DWORD FirstNameId = 1000;
 
 struct OwnText {
     const wchar_t* key;
@@ -82,6 +83,11 @@ std::wstring Strings::KeyOf(std::wstring_view text) const {
     return found != m_last_keys.end() ? found->second : std::wstring();
 }
 
+NameIds& NameIds::OfProcess() {
+    static NameIds ids;
+    return ids;
+}
+
 NameIds::NameIds() { m_ids.emplace(L"ok", 1); }
 
 std::optional<DWORD> NameIds::Find(std::wstring_view name, bool create) {
@@ -92,7 +98,7 @@ std::optional<DWORD> NameIds::Find(std::wstring_view name, bool create) {
     if (!create) {
         return std::nullopt;
     }
-    const auto id = static_cast<DWORD>(m_ids.size() + 1);
+    const auto id = FirstNameId + static_cast<DWORD>(m_ids.size()) - 1;
     m_ids.emplace(name, id);
     return id;
 }

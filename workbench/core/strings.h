@@ -33,9 +33,12 @@ private:
     std::map<std::wstring, std::wstring, std::less<>> m_last_keys;
 };
 
-/// Numbers of names, from 1 and the same for as long as the program runs. "ok" is 1.
+/// Numbers of names, from 1000 up; "ok" is 1.
 class NameIds {
 public:
+    /// The one table of the program: a module keeps numbers beyond the life of the host that gave them.
+    static NameIds& OfProcess();
+
     NameIds();
     /// Nothing for an unknown name, unless `create`.
     std::optional<DWORD> Find(std::wstring_view name, bool create);

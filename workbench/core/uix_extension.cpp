@@ -56,6 +56,8 @@ LONG ReadSide(const unsigned char* bytes) {
     return side <= MaxPictureSide ? static_cast<LONG>(side) : 0;
 }
 
+class Theme final : public cCoClassUnknownT<KOV::IUIX_Theme> {};
+
 constexpr HRESULT no_window_here = HRESULT_FROM_WIN32(1459);
 
 template <class Object>
@@ -65,6 +67,15 @@ HRESULT Without(Object** out_object) {
     }
     *out_object = nullptr;
     return no_window_here;
+}
+
+template <class Object>
+HRESULT Give(ComPtr<Object> object, Object** out_object) {
+    if (out_object == nullptr) {
+        return E_POINTER;
+    }
+    *out_object = object.Detach();
+    return *out_object != nullptr ? S_OK : E_OUTOFMEMORY;
 }
 
 } // namespace
@@ -103,9 +114,13 @@ HRESULT UixExtension::CreateObj(const KOV::CreateUiObjectParameters*, KOV::IUIX_
     return no_window_here;
 }
 
-HRESULT UixExtension::get_CmdManager(KOV::IUIX_CmdManager** out_manager) { return Without(out_manager); }
+HRESULT UixExtension::get_CmdManager(KOV::IUIX_CmdManager** out_manager) {
+    return Give(ComPtr<KOV::IUIX_CmdManager>(m_commands), out_manager);
+}
 
-HRESULT UixExtension::get_Theme(KOV::IUIX_Theme** out_theme) { return Without(out_theme); }
+HRESULT UixExtension::get_Theme(KOV::IUIX_Theme** out_theme) {
+    return Give(ComPtr<KOV::IUIX_Theme>(MakeObject<Theme>()), out_theme);
+}
 
 HRESULT UixExtension::GetIcon(LPCWSTR, KOV::IKOV_MultiSizeImage** out_icon) {
     if (out_icon == nullptr) {
@@ -121,9 +136,9 @@ HRESULT UixExtension::CreateCmdBar(KOV::IUIX_Obj*, const RECT*, IUnknown*, IUnkn
     return Without(out_bar);
 }
 
-HRESULT UixExtension::CreateCmdMenu(KOV::IUIX_CmdMenu** out_menu) { return Without(out_menu); }
+HRESULT UixExtension::CreateCmdMenu(KOV::IUIX_CmdMenu** out_menu) { return Give(MakeCommandMenu(), out_menu); }
 
-HRESULT UixExtension::CreateCmdPanel(KOV::IUIX_CmdPanel** out_panel) { return Without(out_panel); }
+HRESULT UixExtension::CreateCmdPanel(KOV::IUIX_CmdPanel** out_panel) { return Give(MakeCommandPanel(), out_panel); }
 
 HRESULT UixExtension::CreateNumberValue(KOV::IUIX_NumberValue** out_value) { return Without(out_value); }
 
@@ -135,4 +150,4 @@ HRESULT UixExtension::get_Metric(DWORD, LONG* out_value) {
     return no_window_here;
 }
 
-ComPtr<KOV::IUIX_Inst> MakeUixExtension() { return MakeObject<UixExtension>(); }
+ComPtr<KOV::IUIX_Inst> MakeUixExtension(CommandCollection* commands) { return MakeObject<UixExtension>(commands); }

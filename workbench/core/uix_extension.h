@@ -2,11 +2,14 @@
 
 #include "host/object_bases.h"
 #include "host/user_interface.h"
+#include "workbench/core/commands.h"
 
 /// "UIX" of a host without windows: commands, images and a theme without icons; what needs a window fails with 0x800705B3. A host
 /// with windows derives from it.
 class UixExtension : public cCoClassUnknownT<KOV::IUIX_Inst> {
 public:
+    explicit UixExtension(CommandCollection* commands) : m_commands(commands) {}
+
     HRESULT CreateMultiSizeImage(KOV::IKOV_MultiSizeImage** out_image, const DWORD* numbers, ULONG count) override;
     HRESULT CreateImageFromStream(IStream* stream, KOV::IKOV_Picture** out_picture) override;
     HRESULT CreateObj(const KOV::CreateUiObjectParameters* parameters, KOV::IUIX_Obj** out_object) override;
@@ -23,4 +26,7 @@ public:
 
 protected:
     ~UixExtension() override = default;
+
+private:
+    const ComPtr<CommandCollection> m_commands;
 };
