@@ -7,10 +7,10 @@
 
 #include "platform/files.h"
 #include "platform/text.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/preferences.h"
 #include "workbench/console/script.h"
 #include "workbench/console/usage_error.h"
+#include "workbench/core/failure.h"
 
 namespace fs = std::filesystem;
 

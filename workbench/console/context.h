@@ -16,4 +16,6 @@ struct Context {
 
     KOV::IAFS_FileSys* Provider() const { return host.Provider(); }
     KOV::IKOV_Flag* Cancel() const { return &cancel; }
+    /// Operations on files take this.
+    operator ServerAccess() const { return {host, &cancel}; }
 };

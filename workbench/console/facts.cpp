@@ -5,30 +5,13 @@
 #include "platform/bstr.h"
 #include "platform/text.h"
 #include "platform/times.h"
-#include "workbench/console/failure.h"
+#include "workbench/core/failure.h"
 
 namespace {
 
 FieldValue TextOrNull(const std::optional<std::string>& text) { return text ? FieldValue(*text) : FieldValue(nullptr); }
 
 } // namespace
-
-Facts ReadFacts(const Context& context, KOV::IAFS_FileInfo* info, KOV::IAFS_Name* name) {
-    Facts facts;
-    Bstr title;
-    Check(info->get_Title(&title));
-    facts.title = title.Text();
-    facts.url = UrlOf(context.Provider(), name);
-    DWORD attributes = 0;
-    Check(info->get_Attributes(&attributes));
-    facts.is_folder = (attributes & KOV::AFS_FileAttribute_Folder) != 0;
-    if (!facts.is_folder) {
-        Check(info->get_Size(&facts.size));
-    }
-    Check(info->get_CreationTime(&facts.created));
-    Check(info->get_LastWriteTime(&facts.modified));
-    return facts;
-}
 
 Facts FactsOf(const Context& context, KOV::IAFS_Name* name) {
     ComPtr<KOV::IAFS_FileInfo> info;

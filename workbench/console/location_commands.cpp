@@ -9,9 +9,9 @@
 #include "workbench/console/commands.h"
 #include "workbench/console/documents.h"
 #include "workbench/console/facts.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/recovery.h"
 #include "workbench/console/transfers.h"
+#include "workbench/core/failure.h"
 
 namespace {
 

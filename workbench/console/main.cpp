@@ -10,11 +10,11 @@
 #include "platform/text.h"
 #include "platform/wininet_settings.h"
 #include "workbench/console/commands.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/interrupt.h"
 #include "workbench/console/options.h"
 #include "workbench/console/script.h"
 #include "workbench/console/usage_error.h"
+#include "workbench/core/failure.h"
 
 namespace {
 

@@ -5,28 +5,24 @@
 #include <string>
 
 #include "host/file_system.h"
-#include "workbench/console/location.h"
 #include "workbench/console/terminal.h"
-#include "workbench/core/host.h"
+#include "workbench/core/location.h"
+#include "workbench/core/server_files.h"
 
 /// Binds locations: by the saved place at or above it, else with the host's own prompts. Throws Failure.
 class Binder {
 public:
-    Binder(Host& host, AccountSource& accounts, KOV::IKOV_Flag* cancel) : m_host(host), m_accounts(accounts), m_cancel(cancel) {}
+    Binder(Host& host, AccountSource& accounts, KOV::IKOV_Flag* cancel) : m_access{host, cancel}, m_accounts(accounts) {}
 
     /// The root of the site that the location lies in.
     ComPtr<KOV::IAFS_Name> Bind(const Location& location);
     /// The account in the URL, if any, answers the first demand for one.
     void UseAccountOf(const Location& location) { m_accounts.SetUrlAccount(location.user, location.password); }
-    KOV::IAFS_FileSys* Provider() const { return m_host.Provider(); }
+    const ServerAccess& Access() const { return m_access; }
 
 private:
-    ComPtr<KOV::IAFS_Name> BindSavedPlace(const SavedAccount& place);
-    ComPtr<KOV::IAFS_Name> BindUrl(const std::wstring& url);
-
-    Host& m_host;
+    const ServerAccess m_access;
     AccountSource& m_accounts;
-    KOV::IKOV_Flag* m_cancel;
 };
 
 /// Where the commands find their locations. Throws Failure or UsageError.
@@ -58,6 +54,3 @@ private:
     Binder& m_binder;
     ComPtr<KOV::IAFS_Name> m_root;
 };
-
-/// The decoded URL of a name.
-std::wstring UrlOf(KOV::IAFS_FileSys* provider, KOV::IAFS_Name* name);

@@ -9,8 +9,8 @@
 
 #include "platform/bstr.h"
 #include "platform/text.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/usage_error.h"
+#include "workbench/core/failure.h"
 
 namespace {
 

@@ -8,8 +8,8 @@
 #include "platform/text.h"
 #include "workbench/console/documents.h"
 #include "workbench/console/facts.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/local_file.h"
+#include "workbench/core/failure.h"
 
 namespace fs = std::filesystem;
 

@@ -13,13 +13,13 @@
 #include "platform/text.h"
 #include "workbench/console/commands.h"
 #include "workbench/console/documents.h"
-#include "workbench/console/failure.h"
 #include "workbench/console/interrupt.h"
 #include "workbench/console/local_file.h"
 #include "workbench/console/recovery.h"
 #include "workbench/console/script_words.h"
 #include "workbench/console/sha256.h"
 #include "workbench/console/usage_error.h"
+#include "workbench/core/failure.h"
 
 #include <unistd.h>
 

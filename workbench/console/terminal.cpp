@@ -2,7 +2,6 @@
 
 #include <cerrno>
 #include <charconv>
-#include <fstream>
 #include <iostream>
 
 #include <fmt/format.h>
@@ -201,56 +200,27 @@ void Terminal::Show(const Box& box, const BoxAnswer& answer) {
     m_output.WriteBox(BoxRecord(box, answer), BoxText(box) + answered);
 }
 
-AccountSource::AccountSource(std::optional<std::string> user, std::optional<std::filesystem::path> password_file)
-    : m_user(std::move(user)), m_password_file(std::move(password_file)) {}
-
-void AccountSource::SetUrlAccount(std::wstring user, std::wstring password) {
-    const std::lock_guard guard(m_lock);
-    if (!user.empty()) {
-        m_url_account = AccountAnswer{std::move(user), std::move(password)};
-    }
-}
-
-std::optional<AccountAnswer> AccountSource::Prepared() {
-    if (m_url_account) {
-        return m_url_account;
-    }
-    if (!m_user) {
-        return std::nullopt;
-    }
-    AccountAnswer account{WideFromUtf8(*m_user), {}};
-    if (m_password_file) {
-        std::ifstream file(*m_password_file);
-        std::string line;
-        std::getline(file, line);
-        if (!line.empty() && line.back() == '\r') {
-            line.pop_back();
-        }
-        account.password = WideFromUtf8(line);
-    } else if (HasTerminal()) {
-        const HiddenTyping hidden;
-        account.password = WideFromUtf8(ReadLine("Password for " + *m_user + ": ").value_or(""));
-    }
-    return account;
-}
-
-/// What follows is only told as "canceled".
-void AccountSource::TellUnanswered(const AccountDemand& demand, bool is_first) const {
-    const bool was_refused = !is_first && (m_user || m_url_account);
-    std::cerr << fmt::format("kov-console: {} {}\n", Utf8FromWide(demand.host),
-                             was_refused ? "refused the account" : "wants an account; --user and --password-file give one");
-}
-
 std::optional<AccountAnswer> AccountSource::Ask(const AccountDemand& demand) {
     const std::lock_guard guard(m_lock);
-    const bool is_first = m_answered_hosts.insert(demand.host).second;
-    if (std::optional<AccountAnswer> prepared = is_first ? Prepared() : std::nullopt) {
+    const bool was_asked = m_prepared.WasAsked(demand.host);
+    if (std::optional<AccountAnswer> prepared = m_prepared.AnswerTo(demand)) {
         return prepared;
     }
+    if (!was_asked && m_user && !m_has_password_file) {
+        const HiddenTyping hidden;
+        const std::string prompt = "Password for " + *m_user + ": ";
+        return AccountAnswer{WideFromUtf8(*m_user), WideFromUtf8(HasTerminal() ? ReadLine(prompt).value_or("") : "")};
+    }
     if (!HasTerminal() || m_user) {
-        TellUnanswered(demand, is_first);
+        // What follows is only told as "canceled".
+        std::cerr << fmt::format("kov-console: {} {}\n", Utf8FromWide(demand.host),
+                                 was_asked ? "refused the account" : "wants an account; --user and --password-file give one");
         return std::nullopt;
     }
+    return AskPerson(demand);
+}
+
+std::optional<AccountAnswer> AccountSource::AskPerson(const AccountDemand& demand) const {
     std::cerr << fmt::format("{} wants an account ({}).\n", Utf8FromWide(demand.host), Utf8FromWide(demand.status_text));
     const std::optional<std::string> user = ReadLine(fmt::format("User [{}]: ", Utf8FromWide(demand.user)));
     if (!user) {

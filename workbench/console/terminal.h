@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <mutex>
 #include <optional>
-#include <set>
 #include <string>
 
 #include "workbench/console/answer.h"
 #include "workbench/console/output.h"
+#include "workbench/core/prepared_account.h"
 #include "workbench/core/questions.h"
 
 /// Shows again what is typed, where a prompt for a password is still open: before the program ends in the middle of it.
@@ -41,20 +41,19 @@ private:
 /// asking on a terminal. A host that refused what was prepared isn't sent it again: servers lock accounts that try.
 class AccountSource final : public AccountPrompt {
 public:
-    AccountSource(std::optional<std::string> user, std::optional<std::filesystem::path> password_file);
+    AccountSource(const std::optional<std::string>& user, const std::optional<std::filesystem::path>& password_file)
+        : m_user(user), m_has_password_file(password_file), m_prepared(user, password_file) {}
 
     /// The account of a URL that was just read; empty texts mean none.
-    void SetUrlAccount(std::wstring user, std::wstring password);
+    void SetUrlAccount(const std::wstring& user, const std::wstring& password) { m_prepared.SetUrlAccount(user, password); }
 
     std::optional<AccountAnswer> Ask(const AccountDemand& demand) override;
 
 private:
-    std::optional<AccountAnswer> Prepared();
-    void TellUnanswered(const AccountDemand& demand, bool is_first) const;
+    std::optional<AccountAnswer> AskPerson(const AccountDemand& demand) const;
 
     const std::optional<std::string> m_user;
-    const std::optional<std::filesystem::path> m_password_file;
+    const bool m_has_password_file;
+    PreparedAccount m_prepared;
     std::mutex m_lock;
-    std::optional<AccountAnswer> m_url_account;
-    std::set<std::wstring> m_answered_hosts;
 };

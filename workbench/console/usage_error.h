@@ -1,8 +1,6 @@
 #pragma once
 
-#include <stdexcept>
+#include "workbench/core/input_error.h"
 
-/// The user asked for something that makes no sense; the text is one line that says what. Ends with exit code 2.
-struct UsageError : std::runtime_error {
-    using std::runtime_error::runtime_error;
-};
+/// The user asked for something that makes no sense. Ends with exit code 2.
+using UsageError = InputError;

@@ -5,7 +5,7 @@
 #include "platform/text.h"
 #include "workbench/console/answer.h"
 #include "workbench/console/command_call.h"
-#include "workbench/console/location.h"
+#include "workbench/core/location.h"
 #include "workbench/console/output.h"
 #include "workbench/console/script_words.h"
 #include "workbench/console/usage_error.h"

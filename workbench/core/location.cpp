@@ -1,4 +1,4 @@
-#include "workbench/console/location.h"
+#include "workbench/core/location.h"
 
 #include <algorithm>
 #include <charconv>
@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "platform/text.h"
-#include "workbench/console/usage_error.h"
+#include "workbench/core/input_error.h"
 
 namespace {
 
@@ -31,7 +31,7 @@ std::string Decode(const std::string& text, const std::string& whole) {
         const int high = i + 2 < text.size() ? HexDigit(text[i + 1]) : -1;
         const int low = i + 2 < text.size() ? HexDigit(text[i + 2]) : -1;
         if (high < 0 || low < 0) {
-            throw UsageError("'" + whole + "' holds a '%' that is no escape; a literal '%' is written %25");
+            throw InputError("'" + whole + "' holds a '%' that is no escape; a literal '%' is written %25");
         }
         decoded += static_cast<char>(high * 16 + low);
         i += 2;
@@ -43,7 +43,7 @@ std::wstring Wide(const std::string& text, const std::string& whole) {
     try {
         return WideFromUtf8(text);
     } catch (const std::range_error&) {
-        throw UsageError("'" + whole + "' isn't UTF-8");
+        throw InputError("'" + whole + "' isn't UTF-8");
     }
 }
 
@@ -75,13 +75,13 @@ void TakeAccount(std::string& authority, const std::string& whole, Location& loc
 void RefuseDotSegments(const std::string& path, const std::string& whole) {
     const std::string closed = path + "/";
     if (closed.find("/./") != std::string::npos || closed.find("/../") != std::string::npos) {
-        throw UsageError("'" + whole + "' holds a '.' or '..' in its path; name the place itself");
+        throw InputError("'" + whole + "' holds a '.' or '..' in its path; name the place itself");
     }
 }
 
 void RefuseControls(const std::wstring& text, const std::string& whole) {
     if (std::any_of(text.begin(), text.end(), [](wchar_t c) { return c < 0x20 || c == 0x7F; })) {
-        throw UsageError("'" + whole + "' holds a control character");
+        throw InputError("'" + whole + "' holds a control character");
     }
 }
 
@@ -90,7 +90,7 @@ void CheckHost(const std::string& authority, const std::string& whole) {
     const std::size_t host_end = authority.starts_with('[') ? authority.find(']') : 0;
     const std::size_t colon = host_end == std::string::npos ? 0 : authority.find(':', host_end);
     if (authority.empty() || colon == 0) {
-        throw UsageError("'" + whole + "' names no host");
+        throw InputError("'" + whole + "' names no host");
     }
     if (colon == std::string::npos) {
         return;
@@ -99,7 +99,7 @@ void CheckHost(const std::string& authority, const std::string& whole) {
     const char* const end = authority.data() + authority.size();
     const auto [stop, error] = std::from_chars(authority.data() + colon + 1, end, port);
     if (error != std::errc() || stop != end || port == 0 || port > 65535) {
-        throw UsageError("'" + whole + "' has no port from 1 to 65535 behind the host");
+        throw InputError("'" + whole + "' has no port from 1 to 65535 behind the host");
     }
 }
 
@@ -117,7 +117,7 @@ Location ParseLocation(const std::string& text) {
     const std::size_t scheme = SchemeLength(text);
     const std::size_t path_start = std::min(text.find_first_of("/?#", scheme), text.size());
     if (scheme == 0 || path_start == scheme) {
-        throw UsageError("'" + text + "' isn't an absolute http or https URL");
+        throw InputError("'" + text + "' isn't an absolute http or https URL");
     }
     Location location;
     std::string authority = text.substr(scheme, path_start - scheme);

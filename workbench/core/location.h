@@ -13,7 +13,7 @@ struct Location {
     std::wstring password;
 };
 
-/// Reads an absolute http or https URL in UTF-8. Throws UsageError with a line for the user: no such URL, an escape that isn't
+/// Reads an absolute http or https URL in UTF-8. Throws InputError with a line for the user: no such URL, an escape that isn't
 /// one, bytes that aren't UTF-8, a control character, a port that is none.
 Location ParseLocation(const std::string& text);
 
