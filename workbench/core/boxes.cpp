@@ -106,6 +106,7 @@ TranslatedBox ReadBoxRecord(const KOV::MessageBoxParameters& record, const Strin
     Box& box = translated.box;
     box.text = TextOrEmpty(record.message, strings);
     box.icon = IconOf(record.flags);
+    box.image = record.icon;
     box.buttons = ReadItems(record.buttons, record.button_count, strings);
     if (box.buttons.empty()) {
         ThrowBadRecord("it has no button");

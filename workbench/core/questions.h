@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "platform/types.h"
+#include "host/user_interface.h"
 
 enum class BoxIcon { module, information, question, error };
 
@@ -34,6 +34,8 @@ struct BoxEdit {
 struct Box {
     std::wstring text;
     BoxIcon icon = BoxIcon::module;
+    /// The module's picture; may be null.
+    ComPtr<KOV::IKOV_MultiSizeImage> image;
     /// Never empty.
     std::vector<BoxItem> buttons;
     std::size_t default_button = 0;
