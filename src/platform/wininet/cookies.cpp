@@ -44,11 +44,18 @@ bool IsReceived(const Cookie& cookie, const Location& location, CookieReader rea
            (reader != CookieReader::wire || cookie.port == CookiePort(location.origin));
 }
 
+/// Tabs and line ends part the fields of the cookie file.
 bool IsClean(std::string_view text) noexcept {
     return std::none_of(text.begin(), text.end(), [](char c) {
         const auto byte = static_cast<unsigned char>(c);
-        return (byte < 0x20 && c != '\t') || byte == 0x7F || c == ';';
+        return byte < 0x20 || byte == 0x7F || c == ';';
     });
+}
+
+bool IsStorable(const Cookie& cookie) noexcept {
+    return !cookie.name.empty() && cookie.name.find('=') == std::string::npos && IsClean(cookie.name) && IsClean(cookie.value) &&
+           cookie.name.size() + cookie.value.size() <= max_cookie && cookie.path.starts_with('/') && IsClean(cookie.path) &&
+           cookie.path.size() <= max_cookie && !cookie.domain.empty() && IsClean(cookie.domain);
 }
 
 /// False when the cookie as a whole is refused because of this attribute.
@@ -101,10 +108,6 @@ bool ReadCookie(std::string_view data, const Location& location, Cookie& cookie)
     const size_t end = std::min(data.find(';'), data.size());
     cookie.value = Trim(data.substr(0, end));
     data.remove_prefix(std::min(end + 1, data.size()));
-    if (!IsClean(cookie.name) || !IsClean(cookie.value) || cookie.name.find('=') != std::string::npos ||
-        cookie.name.size() + cookie.value.size() > max_cookie || cookie.name.empty()) {
-        return false;
-    }
     bool has_max_age = false;
     while (!data.empty()) {
         const size_t next = std::min(data.find(';'), data.size());
@@ -113,19 +116,12 @@ bool ReadCookie(std::string_view data, const Location& location, Cookie& cookie)
         }
         data.remove_prefix(std::min(next + 1, data.size()));
     }
-    // Tabs and line ends part the fields of the cookie file.
-    return IsClean(cookie.path) && cookie.path.size() <= max_cookie && cookie.value.find('\t') == std::string::npos &&
-           cookie.path.find('\t') == std::string::npos && cookie.name.find('\t') == std::string::npos;
+    return IsStorable(cookie);
 }
 
 bool IsExpired(const Cookie& cookie) noexcept { return cookie.expires != 0 && cookie.expires <= std::time(nullptr); }
 
 } // namespace
-
-bool Cookie::SameSlot(const Cookie& other) const noexcept {
-    return name == other.name && domain == other.domain && path == other.path && host_only == other.host_only &&
-           port == other.port;
-}
 
 CookieStore& CookieStore::Instance() {
     static CookieStore store;
@@ -159,27 +155,99 @@ bool CookieStore::StoreFromCaller(const Location& location, std::string_view nam
         return true;
     }
     const CookieReader reader = http_only ? CookieReader::caller_with_http_only : CookieReader::caller;
-    if (std::erase_if(m_cookies, [&](const Cookie& c) { return c.name == name && IsReceived(c, location, reader); }) != 0) {
+    if (Remove([&](const Cookie& c) { return c.name == name && IsReceived(c, location, reader); })) {
         Save();
     }
     return true;
 }
 
+void CookieStore::StoreFromBrowser(Cookie cookie, const CookieObserver* by) {
+    if (!IsStorable(cookie)) {
+        return;
+    }
+    const std::lock_guard lock(m_lock);
+    const auto known =
+        std::find_if(m_cookies.begin(), m_cookies.end(), [&](const Cookie& c) { return c.SameSlotInBrowser(cookie); });
+    if (known != m_cookies.end()) {
+        cookie.port = known->port;
+    }
+    Replace([cookie](const Cookie& c) { return c.SameSlotInBrowser(cookie); }, cookie, by);
+}
+
+void CookieStore::RemoveFromBrowser(const Cookie& cookie, const CookieObserver* by) {
+    const std::lock_guard lock(m_lock);
+    if (Remove([&](const Cookie& c) { return c.SameSlotInBrowser(cookie) && c.value == cookie.value; }, by)) {
+        Save();
+    }
+}
+
+std::vector<Cookie> CookieStore::Observe(CookieObserver& observer) {
+    const std::lock_guard lock(m_lock);
+    (void)Remove(IsExpired);
+    m_observers.push_back(&observer);
+    return m_cookies;
+}
+
+void CookieStore::StopObserving(CookieObserver& observer) {
+    const std::lock_guard lock(m_lock);
+    std::erase(m_observers, &observer);
+}
+
 void CookieStore::Insert(Cookie cookie) {
+    Replace([cookie](const Cookie& c) { return c.SameSlot(cookie); }, cookie, nullptr);
+}
+
+void CookieStore::Replace(const Test& replaces, Cookie cookie, const CookieObserver* by) {
+    if (std::count_if(m_cookies.begin(), m_cookies.end(), replaces) == 1 &&
+        std::find(m_cookies.begin(), m_cookies.end(), cookie) != m_cookies.end()) {
+        return; // the same once more
+    }
+    if (IsExpired(cookie)) {
+        if (Remove(replaces, by)) {
+            Save();
+        }
+        return;
+    }
     bool persistent = cookie.expires != 0;
+    // An observer takes the new one for the old one's end.
     std::erase_if(m_cookies, [&](const Cookie& c) {
-        const bool replaced = c.SameSlot(cookie);
+        const bool replaced = replaces(c);
         persistent |= replaced && c.expires != 0;
         return replaced;
     });
-    if (!IsExpired(cookie)) {
-        if (m_cookies.size() >= max_cookies) {
-            m_cookies.erase(m_cookies.begin());
-        }
-        m_cookies.push_back(std::move(cookie));
-    }
+    Append(std::move(cookie), by);
     if (persistent) {
         Save();
+    }
+}
+
+bool CookieStore::Remove(const Test& is_removed, const CookieObserver* by) {
+    bool persistent = false;
+    std::erase_if(m_cookies, [&](const Cookie& cookie) {
+        if (!is_removed(cookie)) {
+            return false;
+        }
+        persistent |= cookie.expires != 0;
+        Tell(&CookieObserver::OnCookieRemoved, cookie, by);
+        return true;
+    });
+    return persistent;
+}
+
+void CookieStore::Append(Cookie cookie, const CookieObserver* by) {
+    if (m_cookies.size() >= max_cookies) {
+        Tell(&CookieObserver::OnCookieRemoved, m_cookies.front(), nullptr);
+        m_cookies.erase(m_cookies.begin());
+    }
+    Tell(&CookieObserver::OnCookieStored, cookie, by);
+    m_cookies.push_back(std::move(cookie));
+}
+
+void CookieStore::Tell(void (CookieObserver::*change)(const Cookie&), const Cookie& cookie, const CookieObserver* by) const {
+    for (CookieObserver* const observer : m_observers) {
+        if (observer != by) {
+            (observer->*change)(cookie);
+        }
     }
 }
 
@@ -189,7 +257,7 @@ std::string CookieStore::Text(const Location& location, CookieReader reader, std
     if (m_cookies.empty()) {
         return text;
     }
-    std::erase_if(m_cookies, IsExpired);
+    (void)Remove(IsExpired);
     std::vector<const Cookie*> received;
     for (const Cookie& cookie : m_cookies) {
         if ((name.empty() || cookie.name == name) && IsReceived(cookie, location, reader)) {
@@ -207,12 +275,12 @@ std::string CookieStore::Text(const Location& location, CookieReader reader, std
 
 void CookieStore::EndSession() {
     const std::lock_guard lock(m_lock);
-    std::erase_if(m_cookies, [](const Cookie& cookie) { return cookie.expires == 0; });
+    (void)Remove([](const Cookie& cookie) { return cookie.expires == 0; });
 }
 
 void CookieStore::Clear() {
     const std::lock_guard lock(m_lock);
-    m_cookies.clear();
+    (void)Remove([](const Cookie&) { return true; });
     Save();
 }
 
@@ -229,7 +297,7 @@ DWORD CookieStore::UseFile(const std::string& path) {
     for (Cookie& cookie : stored) {
         const bool known = std::any_of(m_cookies.begin(), m_cookies.end(), [&](const Cookie& c) { return c.SameSlot(cookie); });
         if (!known && !IsExpired(cookie)) {
-            m_cookies.push_back(std::move(cookie));
+            Append(std::move(cookie));
         }
     }
     m_file = path;
@@ -245,6 +313,18 @@ void CookieStore::Save() {
                  [](const Cookie& cookie) { return cookie.expires != 0; });
     // A cookie that can't be written is still good for this process; the next sign-in replaces it.
     WriteCookieFile(m_file, persistent);
+}
+
+std::vector<Cookie> ObserveCookies(CookieObserver& observer) { return CookieStore::Instance().Observe(observer); }
+
+void StopObservingCookies(CookieObserver& observer) { CookieStore::Instance().StopObserving(observer); }
+
+void StoreBrowserCookie(Cookie cookie, const CookieObserver* by) {
+    CookieStore::Instance().StoreFromBrowser(std::move(cookie), by);
+}
+
+void RemoveBrowserCookie(const Cookie& cookie, const CookieObserver* by) {
+    CookieStore::Instance().RemoveFromBrowser(cookie, by);
 }
 
 } // namespace wininet

@@ -3,6 +3,7 @@
 /// The process's one cookie store (RFC 6265), shared by all sessions and the browser.
 
 #include <cstdint>
+#include <functional>
 #include <mutex>
 #include <string>
 #include <string_view>
@@ -10,25 +11,9 @@
 
 #include "platform/types.h"
 #include "platform/wininet/origin.h"
+#include "platform/wininet_cookies.h"
 
 namespace wininet {
-
-struct Cookie {
-    std::string name;
-    std::string value;
-    /// The host itself, or the domain whose hosts receive the cookie.
-    std::string domain;
-    std::string path;
-    /// Seconds since 1970; 0 for a cookie that ends with the browser session.
-    std::int64_t expires = 0;
-    /// The port that set it, 0 for any default port. Servers on other ports of a machine don't receive it on the wire.
-    WORD port = 0;
-    bool host_only = true;
-    bool secure = false;
-    bool http_only = false;
-
-    bool SameSlot(const Cookie& other) const noexcept;
-};
 
 /// Who asks: a request on the wire, or a caller of the cookie operations, for whom ports don't count.
 enum class CookieReader { wire, caller, caller_with_http_only };
@@ -46,6 +31,13 @@ public:
     /// "name=value; …" in the order of RFC 6265 section 5.4, of one name when `name` isn't empty.
     std::string Text(const Location& location, CookieReader reader, std::string_view name = {});
 
+    /// As StoreBrowserCookie and RemoveBrowserCookie.
+    void StoreFromBrowser(Cookie cookie, const CookieObserver* by);
+    void RemoveFromBrowser(const Cookie& cookie, const CookieObserver* by);
+
+    std::vector<Cookie> Observe(CookieObserver& observer);
+    void StopObserving(CookieObserver& observer);
+
     void EndSession();
     void Clear();
 
@@ -53,11 +45,21 @@ public:
     DWORD UseFile(const std::string& path);
 
 private:
+    using Test = std::function<bool(const Cookie&)>;
+
+    // The store is locked.
     void Insert(Cookie cookie);
+    /// Puts a cookie in the place of those that `replaces` finds.
+    void Replace(const Test& replaces, Cookie cookie, const CookieObserver* by);
+    /// True when one of the cookies stood in the file.
+    bool Remove(const Test& is_removed, const CookieObserver* by = nullptr);
+    void Append(Cookie cookie, const CookieObserver* by = nullptr);
+    void Tell(void (CookieObserver::*change)(const Cookie&), const Cookie& cookie, const CookieObserver* by) const;
     void Save();
 
     std::mutex m_lock;
     std::vector<Cookie> m_cookies;
+    std::vector<CookieObserver*> m_observers;
     std::string m_file;
 };
 

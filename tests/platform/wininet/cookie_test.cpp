@@ -1,6 +1,9 @@
 #include <cstdio>
 #include <fstream>
+#include <functional>
 #include <sstream>
+#include <utility>
+#include <vector>
 
 #include <stdlib.h>
 #include <sys/stat.h>
@@ -10,6 +13,7 @@
 
 #include "platform/wininet/client.h"
 #include "platform/wininet/scripted_server.h"
+#include "platform/wininet_cookies.h"
 
 namespace {
 
@@ -128,6 +132,80 @@ TEST_F(Cookie, PersistentCookiesStandInAPrivateFileThatIsNoLink) {
     std::remove(link.c_str());
     std::remove(file.c_str());
     rmdir(folder);
+}
+
+/// A browser's copy, as a list of what it was told.
+struct Copy final : wininet::CookieObserver {
+    Copy() : seed(wininet::ObserveCookies(*this)) {}
+    ~Copy() { wininet::StopObservingCookies(*this); }
+    void OnCookieStored(const wininet::Cookie& cookie) override { told += "+" + cookie.name + "=" + cookie.value + " "; }
+    void OnCookieRemoved(const wininet::Cookie& cookie) override { told += "-" + cookie.name + "=" + cookie.value + " "; }
+    std::string Told() { return std::exchange(told, {}); }
+
+    std::string told;
+    std::vector<wininet::Cookie> seed;
+};
+
+TEST_F(Cookie, ObserversHearOfEachChangeOnce) {
+    InternetSetCookieExW(L"http://h/", L"old", L"1", 0, 0);
+    Copy copy;
+    ASSERT_EQ(copy.seed.size(), 1u);
+    EXPECT_EQ(copy.seed[0], (wininet::Cookie{.name = "old", .value = "1", .domain = "h", .path = "/"}));
+    const struct {
+        const char* what;
+        std::function<void()> change;
+        const char* told;
+    } rows[] = {
+        {"a new one", [] { InternetSetCookieExW(L"http://h/", L"a", L"1", 0, 0); }, "+a=1 "},
+        {"the same again", [] { InternetSetCookieExW(L"http://h/", L"a", L"1", 0, 0); }, ""},
+        {"another value", [] { InternetSetCookieExW(L"http://h/", L"a", L"2; max-age=99", 0, 0); }, "+a=2 "},
+        {"the end of the session", [] { InternetSetOptionW(nullptr, INTERNET_OPTION_END_BROWSER_SESSION, nullptr, 0); },
+         "-old=1 "},
+        {"a date in the past", [] { InternetSetCookieExW(L"http://h/", L"a", past, 0, 0); }, "-a=2 "},
+        {"nothing to delete", [] { InternetSetCookieExW(L"http://h/", L"a", past, 0, 0); }, ""},
+        {"a refused one", [] { InternetSetCookieExW(L"http://h/", L"a", L"1; secure", 0, 0); }, ""},
+        {"one for HTTP", [] { InternetSetCookieExW(L"http://h/", L"b", L"1", INTERNET_COOKIE_HTTPONLY, 0); }, "+b=1 "},
+        {"all", [] { wininet::ClearCookies(); }, "-b=1 "},
+    };
+    for (const auto& row : rows) {
+        row.change();
+        EXPECT_EQ(copy.Told(), row.told) << row.what;
+    }
+}
+
+TEST_F(Cookie, ABrowserHearsNothingOfItsOwnChanges) {
+    Copy browser;
+    Copy other;
+    wininet::Cookie cookie{.name = "FedAuth", .value = "1", .domain = "127.0.0.1", .path = "/", .port = 8080, .http_only = true};
+    wininet::StoreBrowserCookie(cookie, &browser);
+    EXPECT_EQ(Cookies(L"http://127.0.0.1"), L"FedAuth=1");
+    EXPECT_EQ(Cookies(L"http://127.0.0.1", nullptr, 0), L"error 259") << "for HTTP alone";
+    wininet::StoreBrowserCookie(cookie, &browser);
+    EXPECT_EQ(other.Told(), "+FedAuth=1 ");
+    // What the browser knows no more replaces nothing that came since; ports are nothing to it.
+    wininet::Cookie newer = cookie;
+    newer.value = "2";
+    newer.port = 0;
+    wininet::StoreBrowserCookie(newer, &browser);
+    wininet::RemoveBrowserCookie(cookie, &browser);
+    EXPECT_EQ(Cookies(L"http://127.0.0.1"), L"FedAuth=2");
+    wininet::RemoveBrowserCookie(newer, &browser);
+    EXPECT_EQ(Cookies(L"http://127.0.0.1"), L"error 259");
+    EXPECT_EQ(other.Told(), "+FedAuth=2 -FedAuth=2 ");
+    EXPECT_EQ(browser.Told(), "");
+    for (const char* const bad : {"", "a\tb", "a;b", "a\nb"}) {
+        cookie.name = bad;
+        wininet::StoreBrowserCookie(cookie, &browser);
+    }
+    EXPECT_EQ(other.Told(), "");
+}
+
+TEST_F(Cookie, APortThatAServerSetStaysWhenABrowserChangesTheCookie) {
+    ScriptedServer server([](const Received&) { return Exchange{"", Ok("", "Set-Cookie: a=1; path=/\r\n")}; });
+    Client(server.Port()).Send(L"GET", L"");
+    wininet::StoreBrowserCookie({.name = "a", .value = "2", .domain = "127.0.0.1", .path = "/"}, nullptr);
+    Client(server.Port()).Send(L"GET", L"");
+    EXPECT_EQ(server.Requests()[1].Values("Cookie"), std::vector<std::string>{"a=2"});
 }
 
 } // namespace
