@@ -1,0 +1,45 @@
+#include "workbench/desktop/boxes/desktop_questions.h"
+
+#include <QPointer>
+
+#include "workbench/desktop/boxes/account_dialog.h"
+#include "workbench/desktop/boxes/box_dialog.h"
+
+namespace {
+
+/// Runs `dialog` until it ends; its answer, or `otherwise` when it went away with the window below it.
+template <class Dialog, class Answer>
+Answer AnswerOf(Dialog* dialog, Answer otherwise) {
+    const QPointer<Dialog> shown = dialog;
+    dialog->exec();
+    if (shown.isNull()) {
+        return otherwise;
+    }
+    const Answer answer = shown->Answer();
+    shown->deleteLater();
+    return answer;
+}
+
+} // namespace
+
+BoxAnswer DesktopQuestions::Ask(const Box& box) {
+    BoxAnswer answer = UnansweredBox(box);
+    (void)m_loop.Call(
+        [&] {
+            answer = AnswerOf(new BoxDialog(box, FrontWindow(m_main_window)), answer);
+            return S_OK;
+        },
+        -1);
+    return answer;
+}
+
+std::optional<AccountAnswer> DesktopAccountPrompt::Ask(const AccountDemand& demand) {
+    std::optional<AccountAnswer> answer;
+    (void)m_loop.Call(
+        [&] {
+            answer = AnswerOf(new AccountDialog(demand, FrontWindow(m_main_window)), answer);
+            return S_OK;
+        },
+        -1);
+    return answer;
+}
