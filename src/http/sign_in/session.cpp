@@ -5,6 +5,7 @@
 #include "frame/diagnostics/diagnostics.h"
 #include "frame/plugin.h"
 #include "http/sign_in/hosted_service.h"
+#include "http/sign_in/microsoft_forms.h"
 #include "http/sign_in/stored_login.h"
 #include "platform/errors.h"
 #include "platform/text.h"
@@ -29,6 +30,23 @@ void AskUser(KOV::IAFS_BindContext* context, Http::Session::Credentials& io_acco
     io_account.user = new_user.Text();
     io_account.password = new_password.Text();
     TRACE_LEAVE();
+}
+
+/// What a host without windows answers to a request for one.
+constexpr HRESULT no_window_here = HRESULT_FROM_WIN32(1459);
+/// A refusal reaches this point too: a server need not say that a sign-in would help.
+constexpr wchar_t no_window_text[] =
+    L"The server refuses access or asks for a sign-in in a browser, and this program has no window to show its page.";
+
+/// Lets the user sign in on the server's own pages, in a browser window; gives the header line for later requests. Throws
+/// HResultException with the code of what went wrong, `E_CANCELED` when the user gave up.
+std::wstring SignInOnPages(KOV::IKOV_Inst* kov_inst, const wchar_t* site, const wchar_t* sign_in_url, const wchar_t* return_url) {
+    std::wstring authentication_header;
+    const HRESULT sign_in_result = AuthenticateWithMicrosoftForms(authentication_header, sign_in_url, return_url, site, kov_inst);
+    const bool result = SUCCEEDED(sign_in_result);
+    CHECK_OR_THROW(result, HResultException(sign_in_result, sign_in_result == no_window_here ? no_window_text : L""));
+    CHECK_OR_THROW(!authentication_header.empty(), HResultException(E_CANCELED));
+    return authentication_header;
 }
 
 bool IsSameHost(const wchar_t* host1, const std::wstring& host2) {
@@ -95,7 +113,10 @@ std::shared_ptr<Session> Session::Create(AccountData& io_account_data, Plugin* p
             credentials = account;
         }
     };
-    // A browser sign-in would be installed here, as `http.forms_callback`; without one its demand stays unanswered.
+    http.forms_callback = [kov_inst = plugin->m_kov_inst](const wchar_t* site, const wchar_t* sign_in_url,
+                                                          const wchar_t* return_url) {
+        return SignInOnPages(kov_inst, site, sign_in_url, return_url);
+    };
 
     const HRESULT result = self->BindWeb(io_account_data.GetUrl());
     if (FAILED(result)) {
