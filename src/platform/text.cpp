@@ -66,6 +66,33 @@ const icu::Collator* NumericCollator() {
     return collator.get();
 }
 
+icu::UnicodeString Unicode(LPCWSTR text, std::size_t length) {
+    return icu::UnicodeString::fromUTF32(reinterpret_cast<const UChar32*>(text), static_cast<int32_t>(length));
+}
+
+/// Four bytes a code point, the highest first.
+int FoldedKey(LPCWSTR text, std::size_t length, BYTE* key, std::size_t size) {
+    const std::size_t needed = length * 4 + 1;
+    if (size != 0) {
+        if (size < needed) {
+            return FailWith(ERROR_INSUFFICIENT_BUFFER);
+        }
+        for (std::size_t i = 0; i < length; ++i) {
+            const char32_t folded = Folded(text[i]);
+            for (const int shift : {24, 16, 8, 0}) {
+                *key++ = static_cast<BYTE>(folded >> shift);
+            }
+        }
+        *key = 0;
+    }
+    return static_cast<int>(needed);
+}
+
+int CollationKey(const icu::Collator& collator, LPCWSTR text, std::size_t length, BYTE* key, std::size_t size) {
+    const int32_t needed = collator.getSortKey(Unicode(text, length), key, static_cast<int32_t>(size));
+    return size != 0 && needed > static_cast<int32_t>(size) ? FailWith(ERROR_INSUFFICIENT_BUFFER) : needed;
+}
+
 } // namespace
 
 int StrCmpLogicalW(LPCWSTR text1, LPCWSTR text2) {
@@ -75,10 +102,21 @@ int StrCmpLogicalW(LPCWSTR text1, LPCWSTR text2) {
     if (collator == nullptr) {
         return CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a, -1, b, -1) - CSTR_EQUAL;
     }
-    const auto unicode = [](const wchar_t* text) {
-        return icu::UnicodeString::fromUTF32(reinterpret_cast<const UChar32*>(text),
-                                             static_cast<int32_t>(std::char_traits<wchar_t>::length(text)));
-    };
     UErrorCode status = U_ZERO_ERROR;
-    return collator->compare(unicode(a), unicode(b), status);
+    return collator->compare(Unicode(a, LengthOf(a, -1)), Unicode(b, LengthOf(b, -1)), status);
+}
+
+int LCMapStringW(LCID locale, DWORD flags, LPCWSTR text, int length, LPWSTR key, int size) {
+    constexpr DWORD folded = LCMAP_SORTKEY | NORM_IGNORECASE;
+    if (text == nullptr || size < 0 || (size > 0 && key == nullptr) ||
+        (locale != LOCALE_INVARIANT && locale != LOCALE_USER_DEFAULT)) {
+        return FailWith(ERROR_INVALID_PARAMETER);
+    }
+    if (flags != (locale == LOCALE_INVARIANT ? folded : folded | SORT_DIGITSASNUMBERS)) {
+        return FailWith(ERROR_INVALID_FLAGS);
+    }
+    auto* const bytes = reinterpret_cast<BYTE*>(key);
+    const icu::Collator* const collator = locale == LOCALE_INVARIANT ? nullptr : NumericCollator();
+    return collator == nullptr ? FoldedKey(text, LengthOf(text, length), bytes, static_cast<std::size_t>(size))
+                               : CollationKey(*collator, text, LengthOf(text, length), bytes, static_cast<std::size_t>(size));
 }

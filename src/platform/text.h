@@ -44,6 +44,16 @@ extern "C" KOV_PLATFORM_API int CompareStringW(LCID locale, DWORD flags, LPCWSTR
 /// the user's collation. Negative, 0 or positive. Null counts as empty.
 extern "C" KOV_PLATFORM_API int StrCmpLogicalW(LPCWSTR text1, LPCWSTR text2);
 
+constexpr DWORD SORT_DIGITSASNUMBERS = 8;
+constexpr DWORD LCMAP_SORTKEY = 0x400;
+
+/// A key of bytes, of which `memcmp` tells the order of the texts: many comparisons of one text cost one look at the tables.
+/// `LOCALE_USER_DEFAULT` with `LCMAP_SORTKEY | NORM_IGNORECASE | SORT_DIGITSASNUMBERS` gives that of `StrCmpLogicalW`,
+/// `LOCALE_INVARIANT` with `LCMAP_SORTKEY | NORM_IGNORECASE` that of `CompareStringW`. A negative length stands for a
+/// zero-terminated text. `key` takes `size` bytes. Gives the key's length in bytes, with the zero at its end, also for `size` 0,
+/// which stores nothing; 0 is failure: 122 for a short buffer, 1004 for other flags, 87 for anything else. Any thread.
+extern "C" KOV_PLATFORM_API int LCMapStringW(LCID locale, DWORD flags, LPCWSTR text, int length, LPWSTR key, int size);
+
 struct NUMBERFMTW {
     UINT NumDigits;
     UINT LeadingZero;

@@ -1,6 +1,8 @@
 #include "platform/text.h"
 
 #include <stdexcept>
+#include <string>
+#include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -197,6 +199,58 @@ TEST(StrCmpLogicalW, OrdersNamesAsPeopleDo) {
     }
     EXPECT_EQ(StrCmpLogicalW(L"Plan.PDF", L"plan.pdf"), 0);
     EXPECT_EQ(StrCmpLogicalW(nullptr, L""), 0);
+}
+
+std::string SortKey(LCID locale, DWORD flags, const std::wstring& text) {
+    const int size = LCMapStringW(locale, flags, text.c_str(), -1, nullptr, 0);
+    std::vector<wchar_t> key(static_cast<std::size_t>(size)); // more than enough: the size counts bytes
+    EXPECT_EQ(LCMapStringW(locale, flags, text.c_str(), -1, key.data(), size), size);
+    if (size > 1) {
+        EXPECT_EQ(LCMapStringW(locale, flags, text.c_str(), -1, key.data(), size - 1), 0);
+        EXPECT_EQ(GetLastError(), ERROR_INSUFFICIENT_BUFFER);
+    }
+    return std::string(reinterpret_cast<const char*>(key.data()), static_cast<std::size_t>(size));
+}
+
+int Sign(int value) { return (value > 0) - (value < 0); }
+
+TEST(LCMapStringW, MakesKeysInTheOrderOfTheComparisons) {
+    const std::wstring texts[] = {L"",       L"a",        L"A",        L"a2",         L"a10",          L"A 10",     L"B",
+                                  L"\u00e4", L"ae",       L"z",        L"\u00df",     L"ss",           L"2026-2-3", L"2026-10-1",
+                                  L"007",    L"7",        L"\u05d0",   L"\U0001F600", Units({0xD800}), L"_x",       L"-x",
+                                  L"x_y",    L"Report 9", L"report 10"};
+    for (const std::wstring& a : texts) {
+        for (const std::wstring& b : texts) {
+            SCOPED_TRACE(testing::PrintToString(a) + " and " + testing::PrintToString(b));
+            const DWORD logical = LCMAP_SORTKEY | NORM_IGNORECASE | SORT_DIGITSASNUMBERS;
+            EXPECT_EQ(Sign(SortKey(LOCALE_USER_DEFAULT, logical, a).compare(SortKey(LOCALE_USER_DEFAULT, logical, b))),
+                      Sign(StrCmpLogicalW(a.c_str(), b.c_str())));
+            const DWORD folded = LCMAP_SORTKEY | NORM_IGNORECASE;
+            EXPECT_EQ(Sign(SortKey(LOCALE_INVARIANT, folded, a).compare(SortKey(LOCALE_INVARIANT, folded, b))),
+                      CompareStringW(LOCALE_INVARIANT, NORM_IGNORECASE, a.c_str(), -1, b.c_str(), -1) - CSTR_EQUAL);
+        }
+    }
+}
+
+TEST(LCMapStringW, RefusesWhatItDoesNotKnow) {
+    const struct {
+        LCID locale;
+        DWORD flags;
+        const wchar_t* text;
+        int size;
+        DWORD error;
+    } rows[] = {
+        {LOCALE_INVARIANT, LCMAP_SORTKEY | NORM_IGNORECASE, nullptr, 0, ERROR_INVALID_PARAMETER},
+        {LOCALE_INVARIANT, LCMAP_SORTKEY | NORM_IGNORECASE, L"a", -1, ERROR_INVALID_PARAMETER},
+        {LOCALE_INVARIANT, LCMAP_SORTKEY | NORM_IGNORECASE, L"a", 5, ERROR_INVALID_PARAMETER},
+        {9, LCMAP_SORTKEY | NORM_IGNORECASE, L"a", 0, ERROR_INVALID_PARAMETER},
+        {LOCALE_INVARIANT, NORM_IGNORECASE, L"a", 0, ERROR_INVALID_FLAGS},
+        {LOCALE_USER_DEFAULT, LCMAP_SORTKEY | NORM_IGNORECASE, L"a", 0, ERROR_INVALID_FLAGS},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(LCMapStringW(row.locale, row.flags, row.text, -1, nullptr, row.size), 0);
+        EXPECT_EQ(GetLastError(), row.error);
+    }
 }
 
 } // namespace
