@@ -5,15 +5,22 @@
 #include <mutex>
 
 #include "afs/name.h"
+#include "dialog/front/dialog_parameters.h"
+#include "dialog/front/place_dialog.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "frame/plugin.h"
 #include "host/instance.h"
 #include "host/user_interface.h"
+#include "url/compare_urls.h"
 
 namespace {
 
 // The host's bits, of which only the whole is known.
 constexpr DWORD features = 0x3000A7FF;
+
+/// What a person did in a dialog.
+constexpr DWORD dialog_confirmed = 1;
+constexpr DWORD dialog_canceled = 2;
 
 } // namespace
 
@@ -106,17 +113,65 @@ HRESULT FileSystem::get_Icon(KOV::IKOV_MultiSizeImage** o_icon) {
     TRACE_RETURN(S_OK);
 }
 
-// The host's own dialog serves as long as the provider refuses to show one.
-HRESULT FileSystem::CreateDlgParams(DWORD, KOV::IAUX_Cab** o_dialog_parameters) {
-    TRACE_ENTER();
-    CHECK_OR_RETURN(o_dialog_parameters != nullptr, E_POINTER);
-    *o_dialog_parameters = nullptr;
-    TRACE_RETURN(E_NOTIMPL);
+HRESULT FileSystem::CreateDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab** o_dialog_parameters) {
+    TRACE_ENTER(L"{}", i_dialog_type);
+    CHECK_OR_RETURN(m_plugin->m_afs_inst->CreateDlgDefaultParams(i_dialog_type, o_dialog_parameters));
+    TRACE_RETURN(S_OK);
 }
 
-HRESULT FileSystem::ShowDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection** o_names, DWORD*) {
-    TRACE_ENTER();
+HRESULT FileSystem::ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab* dialog_parameters,
+                            HWND i_parent_window, KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) {
+    TRACE_ENTER(L"{}", i_dialog_type);
+    INTERFACE_TRY
+    CHECK_OR_RETURN(i_dialog_type == KOV::AFS_Dlg_OpenFiles || i_dialog_type == KOV::AFS_Dlg_SaveFile ||
+                        i_dialog_type == KOV::AFS_Dlg_SelectFolder,
+                    E_INVALIDARG);
     CHECK_OR_RETURN(o_names != nullptr, E_POINTER);
     *o_names = nullptr;
-    TRACE_RETURN(E_NOTIMPL);
+    CHECK_OR_RETURN(o_user_choise != nullptr, E_POINTER);
+    *o_user_choise = dialog_canceled;
+    if (i_dialog_type == KOV::AFS_Dlg_SelectFolder) {
+        return m_plugin->m_afs_inst->ShowDefaultDlg(i_dialog_type, initial_folder, dialog_parameters, i_parent_window, o_names,
+                                                    o_user_choise);
+    }
+    const ComPtr<Name> local_folder = GetName(initial_folder);
+    CHECK_OR_RETURN(local_folder != nullptr, E_INVALIDARG);
+    CHECK_OR_RETURN(local_folder->GetSession() != nullptr, E_INVALIDARG);
+    Ui::DialogParameters parameters;
+    CHECK_OR_RETURN(LoadDlgParams(i_dialog_type, dialog_parameters, local_folder, parameters));
+    const ComPtr<Name> default_folder = Name::Create(local_folder->GetSession()->GetWeb(), local_folder);
+    const std::shared_ptr<Ui::PlaceDialog> dialog = m_plugin->OpenSaveDialog();
+    CHECK_OR_RETURN(dialog != nullptr, E_FAIL);
+    const Preferences preferences = m_plugin->m_preferences_manager.Snapshot();
+    if (i_dialog_type == KOV::AFS_Dlg_OpenFiles) {
+        CHECK_OR_RETURN(dialog->ShowOpenSinglePlace(o_names, parameters, default_folder, i_parent_window, preferences));
+    } else {
+        CHECK_OR_RETURN(dialog->ShowSaveSinglePlace(o_names, parameters, default_folder, i_parent_window, preferences));
+    }
+    *o_user_choise = dialog_confirmed;
+    (void)parameters.SaveToCab(m_plugin->m_aux_inst, dialog_parameters); // the names count, with or without
+    TRACE_RETURN(S_OK);
+    INTERFACE_CATCH_SHORT(nullptr)
+}
+
+/// What the host wishes. Parameters that can't be read are the empty ones; a folder of another site than `folder`'s is refused,
+/// since the dialog never leaves the place that it was given.
+HRESULT FileSystem::LoadDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab* dialog_parameters, const ComPtr<Name>& folder,
+                                  Ui::DialogParameters& o_parameters) {
+    if (FAILED(o_parameters.LoadFromCab(m_plugin->m_aux_inst, dialog_parameters)) || o_parameters.InitialPathName.IsNull()) {
+        o_parameters.InitialPathName = folder;
+    } else {
+        const ComPtr<Name> parameters_folder = GetName(o_parameters.InitialPathName);
+        CHECK_OR_RETURN(parameters_folder != nullptr, E_INVALIDARG);
+        const auto root_url = [](const Name& name) {
+            return Name::GetAbsoluteUrl(*name.GetSession(), *name.GetSession()->GetWeb());
+        };
+        CHECK_OR_RETURN(CompareUrls(root_url(*folder).c_str(), root_url(*parameters_folder).c_str()) == CompareUrlsResult::equal,
+                        E_INVALIDARG);
+    }
+    if (o_parameters.Flags == 0) {
+        o_parameters.Flags =
+            i_dialog_type == KOV::AFS_Dlg_OpenFiles ? Ui::DialogFlag_AllowMultiSelect : Ui::DialogFlag_OverwritePrompt;
+    }
+    return S_OK;
 }

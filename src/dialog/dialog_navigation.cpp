@@ -1,0 +1,143 @@
+// Moving to another folder: the worker's part, and how its result comes back to the window.
+
+#include <utility>
+
+#include "dialog/dialog.h"
+#include "dialog/folder_items_list.h"
+#include "dialog/folders_navigator.h"
+#include "editor/ui/format_string.h"
+#include "frame/diagnostics/diagnostics.h"
+#include "platform/bstr.h"
+#include "platform/paths.h"
+#include "platform/windows_messages.h"
+
+namespace KOV {
+
+namespace {
+
+constexpr LONG show_without_activation = 8;
+constexpr LONG hide = 0;
+
+} // namespace
+
+HRESULT Dialog::SetFolder(IAFS_Name* name, bool show_error) {
+    TRACE_ENTER();
+    CHECK_OR_RETURN(m_navigator != nullptr, E_FAIL);
+    ClearUi();
+    EnterWait();
+    const ComPtr<Dialog> self = this;
+    const bool is_started = AsyncStart(
+        [self, name = ComPtr<IAFS_Name>(name), filter = HiddenPathsFilter(), show_error] {
+            const HRESULT result = self->MoveTo(name, filter);
+            (void)self->AsyncComplete([self, result, show_error] { self->OnFolderSet(result, show_error); },
+                                      L"SetFolder::Complete");
+        },
+        L"SetFolder::Start");
+    if (!is_started) {
+        LeaveWait();
+        (void)FillUi();
+        ShowError(Ui::FormatString(m_kov_instance, L"sp.msg.navigateError"));
+    }
+    TRACE_RETURN(S_OK);
+}
+
+HRESULT Dialog::Refresh() {
+    TRACE_ENTER();
+    if (m_navigator != nullptr) {
+        CHECK_OR_RETURN(SetFolder(m_navigator->GetFolder(), true));
+    }
+    TRACE_RETURN(S_OK);
+}
+
+/// Keeps what the preferences don't hide. With its own copy of them: it runs on the worker.
+std::function<bool(IAFS_Name*)> Dialog::HiddenPathsFilter() const {
+    if (!m_preferences->hide_paths) {
+        return [](IAFS_Name*) { return true; };
+    }
+    return [file_system = m_file_system, hidden_paths = m_preferences->hidden_paths](IAFS_Name* name) {
+        Bstr url;
+        if (FAILED(file_system->NameToString(name, AFS_Name2String_WebRelative, nullptr, &url))) {
+            return false;
+        }
+        for (const std::wstring& pattern : hidden_paths) {
+            if (PathMatchSpecW(url, pattern.c_str()) != FALSE) {
+                return false;
+            }
+        }
+        return true;
+    };
+}
+
+HRESULT Dialog::MoveTo(IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter) {
+    HRESULT result = m_navigator->SetFolder(name, filter);
+    if (FAILED(result) && result != E_CANCELED && !m_default_folder.IsNull() && m_default_folder.Get() != name) {
+        TRACE_FORMAT(LogLevel::warning, L"Failed to navigate to {}, trying default folder {}", static_cast<const void*>(name),
+                     static_cast<const void*>(m_default_folder.Get()));
+        result = m_navigator->SetFolder(m_default_folder, filter);
+    }
+    return result;
+}
+
+void Dialog::OnFolderSet(HRESULT result, bool show_error) {
+    LeaveWait();
+    (void)FillUi();
+    if (SUCCEEDED(result)) {
+        (void)m_list->Refresh(); // a failure is logged there, and the list is empty
+    } else if (result != E_CANCELED && show_error && !m_end_pending) {
+        ShowError(Ui::FormatString(m_kov_instance, L"sp.msg.navigateError"));
+    }
+}
+
+// Shown and hidden by messages, so after the handler that runs now.
+void Dialog::EnterWait() {
+    if (++m_wait_count == 1 && !m_wait_progress.IsNull()) {
+        (void)m_wait_progress->Start();
+        PostMessageW(m_window, EventCodes::async_show_wait_progress, 1, 0);
+    }
+}
+
+void Dialog::LeaveWait() {
+    if (m_wait_count > 0 && --m_wait_count == 0 && !m_wait_progress.IsNull()) {
+        (void)m_wait_progress->Stop();
+        PostMessageW(m_window, EventCodes::async_show_wait_progress, 0, 0);
+    }
+}
+
+bool Dialog::AsyncStart(std::function<void()> function, const std::wstring& name) {
+    return m_worker.Start(std::move(function), name);
+}
+
+HRESULT Dialog::AsyncComplete(std::function<void()> function, const std::wstring& name) {
+    TRACE_ENTER();
+    CHECK_OR_RETURN(m_pObj != nullptr, E_UNEXPECTED);
+    HWND window = nullptr;
+    CHECK_OR_RETURN(m_pObj->get_WndHandle(&window));
+    CHECK_OR_RETURN(m_worker.Complete(window, std::move(function), name));
+    TRACE_RETURN(S_OK);
+}
+
+HRESULT Dialog::OnAsyncComplete(const UiEvent& event) {
+    TRACE_ENTER();
+    const std::unique_ptr<AsyncCallbackContext> context = m_worker.Take(event.parameter);
+    CHECK_OR_RETURN(context != nullptr, E_INVALIDARG);
+    TRACE_FORMAT(LogLevel::information, L"Calling complete function '{}'", context->name);
+    context->function();
+    if (m_end_pending) {
+        TRACE_FORMAT(LogLevel::information, L"Closing dialog with ID {}", m_end_code);
+        CHECK_OR_RETURN(m_pObj->EndModal(m_end_code));
+    }
+    TRACE_RETURN(S_OK);
+}
+
+HRESULT Dialog::OnAsyncShowWaitProgress(const UiEvent& event) {
+    TRACE_ENTER();
+    if (!m_wait_progress.IsNull()) {
+        ComPtr<IUIX_Obj> object;
+        CHECK_OR_RETURN(m_wait_progress->get_Obj(&object));
+        CHECK_OR_RETURN(!object.IsNull(), E_FAIL);
+        CHECK_OR_RETURN(object->Show(event.parameter != 0 ? show_without_activation : hide, -1));
+    }
+    TRACE_RETURN(S_OK);
+}
+
+} // namespace KOV

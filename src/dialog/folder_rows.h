@@ -1,0 +1,64 @@
+#pragma once
+
+/// What the list shows of a folder, made ready once: so that painting, sorting and filtering need no call to the file system, and
+/// none of them a look at a text's letters.
+
+#include <cstdint>
+#include <deque>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "dialog/folder_item.h"
+#include "host/user_interface.h"
+
+/// What files with the same extension share.
+struct FileKind {
+    /// As the titles end, with the dot; empty for files without.
+    std::wstring dotted_extension;
+    /// As the addresses end, without the dot: this is what a filter asks for.
+    std::wstring address_extension;
+    /// The place of the extension in the order of names.
+    std::uint32_t rank = 0;
+    /// Set when the kind is first shown.
+    ComPtr<KOV::IKOV_MultiSizeImage> icon;
+    bool is_shown = true;
+
+    std::wstring_view Extension() const { return std::wstring_view(dotted_extension).substr(dotted_extension.empty() ? 0 : 1); }
+};
+
+struct FolderRow {
+    FolderItem item;
+    /// Null for a folder.
+    FileKind* kind = nullptr;
+    bool is_folder = false;
+    /// False only for the row of the parent folder.
+    bool is_regular = true;
+    /// A folder's whole title; a file's up to the extension.
+    std::wstring title;
+    /// The place of `title` in the order of names.
+    std::uint32_t title_rank = 0;
+    /// In 100 ns units since 1601-01-01 UTC; 0 when the server tells none.
+    ULONGLONG creation_time = 0;
+    ULONGLONG last_write_time = 0;
+    /// Of files, in bytes.
+    std::optional<ULONGLONG> size;
+
+    /// The texts of the cells, from the first time that one is asked for.
+    std::optional<std::wstring> creation_text;
+    std::optional<std::wstring> last_write_text;
+    std::optional<std::wstring> size_text;
+};
+
+class FolderRows {
+public:
+    /// One row an item, in their order. Titles and attributes must be readable, and the first that isn't ends it with its
+    /// failure. Asks no server. Throws `std::bad_alloc`. Any thread.
+    static HRESULT Make(KOV::IAFS_FileSys* file_system, const std::vector<FolderItem>& items,
+                        std::shared_ptr<FolderRows>& out_rows);
+
+    std::vector<FolderRow> rows;
+    /// A deque: rows point at them.
+    std::deque<FileKind> kinds;
+};
