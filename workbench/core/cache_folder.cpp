@@ -222,13 +222,23 @@ void CacheFolder::ForgetUpload(const std::wstring& url) {
 
 void CacheFolder::ObserveUploads(std::function<void(LONGLONG sent)> observer) {
     const std::scoped_lock hold(m_lock);
-    m_upload_observer = std::move(observer);
+    if (observer) {
+        m_upload_observers[std::this_thread::get_id()] = std::move(observer);
+    } else {
+        m_upload_observers.erase(std::this_thread::get_id());
+    }
 }
 
 void CacheFolder::TellSent(LONGLONG sent) {
-    const std::scoped_lock hold(m_lock);
-    if (m_upload_observer) {
-        m_upload_observer(sent);
+    std::function<void(LONGLONG)> observer;
+    {
+        const std::scoped_lock hold(m_lock);
+        if (const auto found = m_upload_observers.find(std::this_thread::get_id()); found != m_upload_observers.end()) {
+            observer = found->second;
+        }
+    }
+    if (observer) {
+        observer(sent);
     }
 }
 

@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <filesystem>
 #include <functional>
+#include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
 #include <string>
+#include <thread>
 
 #include "workbench/core/state_folder.h"
 #include "workbench/core/store.h"
@@ -69,7 +71,7 @@ public:
     bool WasUploaded(const std::wstring& url);
     void ForgetUpload(const std::wstring& url);
 
-    /// Who is told how many bytes of a copy were sent; null for nobody.
+    /// Who is told how many bytes of a copy this thread has sent; null for nobody.
     void ObserveUploads(std::function<void(LONGLONG sent)> observer);
     void TellSent(LONGLONG sent);
 
@@ -89,6 +91,6 @@ private:
     FileDescriptor m_own_lock;
     std::mutex m_lock;
     std::set<std::int64_t> m_live_marks;
-    std::function<void(LONGLONG)> m_upload_observer;
+    std::map<std::thread::id, std::function<void(LONGLONG)>> m_upload_observers;
     std::uint64_t m_last_number = 0;
 };

@@ -81,7 +81,7 @@ public:
     /// The saved places of the provider. Throws when nothing is loaded.
     Accounts SavedAccounts();
     UnsavedCopies Unsaved();
-    /// Is told while a document is sent how many bytes are, on the thread that sends; null ends it.
+    /// Is told while the calling thread sends a document how many bytes are gone, on that thread; null ends it.
     void ObserveUploads(std::function<void(LONGLONG sent)> observer);
     Documents& OpenDocuments() noexcept { return *m_documents; }
     CommandCollection& Commands() noexcept { return *m_commands; }
