@@ -16,6 +16,7 @@
 
 #include "frame/plugin.h"
 #include "host/host_interfaces.h"
+#include "workbench/core/commands.h"
 #include "workbench/core/host.h"
 
 extern "C" HRESULT KOVE_GetPlugin(void* a, void* b, KOV::IKOV_Plugin** output_plugin);
@@ -58,9 +59,11 @@ public:
 
 class InProcessModule {
 public:
-    InProcessModule() : m_folder(MakeFolder()) {
-        host = MakeObject<Host>(HostOptions{.state_folder = m_folder / "state", .questions = &user, .account_prompt = &user},
-                                m_loop);
+    /// `windows`, null for a host without any, outlives the module.
+    explicit InProcessModule(HostWindows* windows = nullptr) : m_folder(MakeFolder()) {
+        host = MakeObject<Host>(
+            HostOptions{.state_folder = m_folder / "state", .questions = &user, .account_prompt = &user, .windows = windows},
+            m_loop);
         // By the module's own way in, which also tells the rooms where their resources are.
         ComPtr<KOV::IKOV_Plugin> root;
         if (FAILED(KOVE_GetPlugin(nullptr, nullptr, &root))) {
@@ -75,6 +78,7 @@ public:
         }
     }
     ~InProcessModule() {
+        host->Commands().Clear();
         plugin->Unload();
         plugin.Release();
         host.Release();
