@@ -53,7 +53,7 @@ HRESULT File::Clone(KOV::IAFS_File** out_clone) {
     clone->m_keep_checked_out = m_keep_checked_out;
     clone->m_need_flush = m_need_flush;
     clone->m_need_checkin = m_need_checkin;
-    clone->m_check_out_state = m_check_out_state;
+    clone->m_check_out_state = m_check_out_state.load();
     clone->m_modified_time = m_modified_time;
     ComPtr<KOV::IAFS_File>(clone).CopyTo(out_clone);
     TRACE_RETURN(S_OK);
@@ -87,23 +87,32 @@ bool File::CanEdit(bool use_cache) {
         CHECK_OR_RETURN_VALUE(object != nullptr, false);
         TRACE_FORMAT(LogLevel::information, L"calling server CanEdit");
         const bool can_edit = object->CanEdit();
-        if (can_edit != m_can_edit) {
-            m_can_edit = can_edit;
+        if (can_edit != m_can_edit.exchange(can_edit)) {
             m_plugin->OnFileStateChanged(this);
         }
     }
-    TRACE_LEAVE(L"{}", m_can_edit);
-    return m_can_edit;
+    const bool can_edit = m_can_edit;
+    TRACE_LEAVE(L"{}", can_edit);
+    return can_edit;
 }
 
 void File::GetCheckedOutState(SharePoint::File::CheckOutState* out_state, std::wstring* out_user) {
     TRACE_ENTER();
     CHECK_OR_THROW(m_name->GetObject() != nullptr, HResultException(FileResult::missing));
-    *out_state = m_check_out_state;
-    if (out_user != nullptr) {
-        *out_user = m_check_out_user;
+    {
+        const std::scoped_lock lock(m_user_lock);
+        *out_state = m_check_out_state;
+        if (out_user != nullptr) {
+            *out_user = m_check_out_user;
+        }
     }
-    TRACE_LEAVE(L"{}", static_cast<std::uint32_t>(m_check_out_state));
+    TRACE_LEAVE(L"{}", static_cast<std::uint32_t>(*out_state));
+}
+
+void File::SetCheckOut(SharePoint::File::CheckOutState state, std::wstring user) {
+    const std::scoped_lock lock(m_user_lock);
+    m_check_out_state = state;
+    m_check_out_user.swap(user);
 }
 
 std::uint64_t File::ServerTime() { return m_name->GetObject()->UpdateInformation().m_modified_time; }

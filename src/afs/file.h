@@ -6,6 +6,7 @@
 /// The operations of the host's interface block as long as the server takes, run on the caller's thread, message boxes included,
 /// and let nothing be thrown through. One operation at a time on one object.
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -18,6 +19,7 @@
 
 class Name;
 class Plugin;
+struct Preferences;
 
 class File final : public cCoClassUnknownT<KOV::IAFS_File> {
 public:
@@ -52,9 +54,11 @@ public:
     HRESULT Exec(LPCWSTR command, const VARIANT* data, VARIANT* out_result, KOV::IString* out_error_details,
                  KOV::IKOV_Flag* cancel_flag) override;
 
-    /// The last answer of the server; without `use_cache` it is asked again, and a change is reported to the editor.
+    /// The last answer of the server, on any thread; without `use_cache` it is asked again, and a change is reported to the
+    /// editor.
     bool CanEdit(bool use_cache);
-    /// The stored state; asks nobody. `out_user` may be null. Throws HResultException 0x80070002 for an unbound name.
+    /// The stored state; asks nobody, on any thread. `out_user` may be null. Throws HResultException 0x80070002 for an unbound
+    /// name.
     void GetCheckedOutState(SharePoint::File::CheckOutState* out_state, std::wstring* out_user);
     /// Takes the file for the user. With `check_outdated`, a newer version on the server brings a question first, and the answer
     /// "no" leaves without a check-out and without an error. These three throw HResultException with a text for the user when the
@@ -76,7 +80,7 @@ private:
     HRESULT AcquireCache(KOV::IString* out_error_details, KOV::IKOV_Flag* cancel_flag);
     static void ApplyOpenRules(File* self, KOV::IKOV_Flag* cancel_flag);
     bool AskForCheckOutOnOpen();
-    void WarnOnOpen(const wchar_t* text_key, std::uint32_t& io_preference);
+    void WarnOnOpen(const wchar_t* text_key, std::uint32_t Preferences::*preference);
 
     // Saving.
     void CheckRightsForSave(DWORD new_open_flags);
@@ -91,7 +95,10 @@ private:
     bool ChooseCheckInOnClose(bool keep_check_out);
     bool ChooseDiscardOnClose();
     /// Answers a ticked "don't show again": the preference no longer asks, and does from now on what was chosen.
-    void KeepChoice(std::uint32_t& io_preference, std::uint32_t action);
+    void KeepChoice(std::uint32_t Preferences::*preference, std::uint32_t action);
+
+    /// What holds from now on, as the editor's thread sees it.
+    void SetCheckOut(SharePoint::File::CheckOutState state, std::wstring user = {});
 
     // The local copy.
     void ReopenCacheFile(const VARIANT& data);
@@ -111,13 +118,16 @@ private:
     bool m_keep_checked_out = true;
     bool m_need_flush = false;
     bool m_need_checkin = false;
-    SharePoint::File::CheckOutState m_check_out_state = SharePoint::File::CheckOutState::none;
-    std::wstring m_check_out_user;
+    // These three are read on the editor's thread at any time.
+    std::atomic<SharePoint::File::CheckOutState> m_check_out_state = SharePoint::File::CheckOutState::none;
+    std::wstring m_check_out_user; ///< Under `m_user_lock`, which is held for a copy alone.
+    std::atomic<bool> m_can_edit = false;
+    mutable CriticalSection m_user_lock;
     /// Of the version that the local copy stands for, in 100 ns units since 1601-01-01 UTC.
     std::uint64_t m_modified_time = 0;
-    bool m_can_edit = false;
 
 public:
-    /// Set by the editor's own check-in while it saves, so that this save doesn't check in a second time.
-    bool m_checking_in = false;
+    /// Set by the editor's own check-in while it saves, so that this save, which may run on another thread, doesn't check in a
+    /// second time.
+    std::atomic<bool> m_checking_in = false;
 };

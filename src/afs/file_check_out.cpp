@@ -47,11 +47,10 @@ void File::CheckOut(bool check_outdated) {
         TRACE_LEAVE();
         return;
     }
-    TRACE_FORMAT(LogLevel::information, L"checking out from cached state={}", static_cast<int>(m_check_out_state));
+    TRACE_FORMAT(LogLevel::information, L"checking out from cached state={}", static_cast<int>(m_check_out_state.load()));
     CHECK_OR_THROW(m_name->GetObject()->AsFile()->CheckOut(),
                    HResultException(E_FAIL, Ui::FormatString(m_kov_inst, L"sp.msg.checkOutFailed", FileName())));
-    m_check_out_user.clear();
-    m_check_out_state = SharePoint::File::CheckOutState::me;
+    SetCheckOut(SharePoint::File::CheckOutState::me);
     m_plugin->OnFileStateChanged(this);
     TRACE_LEAVE();
 }
@@ -82,11 +81,10 @@ bool File::AskOutdatedBeforeCheckOut() {
 void File::DiscardCheckOut() {
     TRACE_ENTER();
     CHECK_OR_THROW(m_name->GetObject() != nullptr, HResultException(FileResult::missing));
-    TRACE_FORMAT(LogLevel::information, L"discarding check out from cached state={}", static_cast<int>(m_check_out_state));
+    TRACE_FORMAT(LogLevel::information, L"discarding check out from cached state={}", static_cast<int>(m_check_out_state.load()));
     CHECK_OR_THROW(m_name->GetObject()->AsFile()->DiscardCheckOut(),
                    HResultException(E_FAIL, Ui::FormatString(m_kov_inst, L"sp.msg.discardCheckOutFailed", FileName())));
-    m_check_out_user.clear();
-    m_check_out_state = SharePoint::File::CheckOutState::none;
+    SetCheckOut(SharePoint::File::CheckOutState::none);
     m_plugin->OnFileStateChanged(this);
     TRACE_LEAVE();
 }
@@ -98,8 +96,7 @@ void File::CheckIn(const wchar_t* i_comment, SharePoint::CheckInType i_type, boo
     CHECK_OR_THROW(m_name->GetObject()->AsFile()->CheckIn(i_comment, i_type),
                    HResultException(E_FAIL, Ui::FormatString(m_kov_inst, L"sp.msg.checkInFailed", FileName())));
     m_need_checkin = false;
-    m_check_out_state = SharePoint::File::CheckOutState::none;
-    m_check_out_user.clear();
+    SetCheckOut(SharePoint::File::CheckOutState::none);
     // The check-in makes a new time on the server, which must not count as somebody else's change.
     m_modified_time = ServerTime();
     if (keep_check_out) {
@@ -115,7 +112,7 @@ std::uint32_t File::CheckInWithUi(bool on_close, bool* out_dont_show_again) {
     TRACE_ENTER();
     TRACE_FORMAT(LogLevel::information, L"asking user about check in");
     CHECK_OR_THROW(m_name->GetObject() != nullptr, HResultException(FileResult::missing));
-    Preferences& preferences = m_plugin->m_preferences_manager.m_preferences;
+    const Preferences preferences = m_plugin->m_preferences_manager.Snapshot();
     int type = preferences.default_check_in_type > 1 ? 2 : static_cast<int>(preferences.default_check_in_type);
     std::wstring comment = preferences.default_check_in_message;
     const wchar_t* const text_key = on_close ? L"sp.msg.askForCheckInOnClose" : L"sp.msg.checkInDialogMessage";
@@ -126,10 +123,13 @@ std::uint32_t File::CheckInWithUi(bool on_close, bool* out_dont_show_again) {
         {L"sp.checkInDialog.typeRaio.Minor", L"sp.checkInDialog.typeRaio.Major", L"sp.checkInDialog.typeRaio.Overwrite"}, &type,
         L"sp.lb.checkInComment", &comment);
     if (answer != check_in_box_cancel) {
-        preferences.default_check_in_type = static_cast<std::uint32_t>(type);
-        preferences.default_check_in_message = comment;
+        const auto chosen_type = static_cast<std::uint32_t>(type);
+        m_plugin->m_preferences_manager.Change([&](Preferences& io_preferences) {
+            io_preferences.default_check_in_type = chosen_type;
+            io_preferences.default_check_in_message = comment;
+        });
         m_plugin->m_preferences_manager.Save();
-        CheckIn(comment.c_str(), ToCheckInType(preferences.default_check_in_type), answer == check_in_box_keep);
+        CheckIn(comment.c_str(), ToCheckInType(chosen_type), answer == check_in_box_keep);
     }
     const std::uint32_t action = check_in_actions[answer];
     TRACE_FORMAT(LogLevel::information, L"{}", action);
@@ -138,22 +138,22 @@ std::uint32_t File::CheckInWithUi(bool on_close, bool* out_dont_show_again) {
 }
 
 void File::CheckInByPreferences(bool keep_check_out) {
-    const Preferences& preferences = m_plugin->m_preferences_manager.m_preferences;
+    const Preferences preferences = m_plugin->m_preferences_manager.Snapshot();
     CheckIn(preferences.default_check_in_message.c_str(), ToCheckInType(preferences.default_check_in_type), keep_check_out);
 }
 
 void File::PerformAfterSave() {
     TRACE_ENTER();
-    std::uint32_t& on_after_save = m_plugin->m_preferences_manager.m_preferences.on_after_save;
     if (m_checking_in) {
         TRACE_LEAVE();
         return;
     }
+    const std::uint32_t on_after_save = m_plugin->m_preferences_manager.Snapshot().on_after_save;
     if (Bits::Has(on_after_save, Preferences::Actions::show_message_box)) {
         bool dont_show_again = false;
         const std::uint32_t action = CheckInWithUi(false, &dont_show_again);
         if (dont_show_again) {
-            KeepChoice(on_after_save, action);
+            KeepChoice(&Preferences::on_after_save, action);
         }
     } else if (Bits::Has(on_after_save, Preferences::Actions::check_in)) {
         CheckInByPreferences(Bits::Has(on_after_save, Preferences::Actions::check_out));
@@ -161,7 +161,10 @@ void File::PerformAfterSave() {
     TRACE_LEAVE();
 }
 
-void File::KeepChoice(std::uint32_t& io_preference, std::uint32_t action) {
-    io_preference = (io_preference & ~std::uint32_t{Preferences::Actions::show_message_box}) | action;
+void File::KeepChoice(std::uint32_t Preferences::*preference, std::uint32_t action) {
+    m_plugin->m_preferences_manager.Change([&](Preferences& io_preferences) {
+        std::uint32_t& field = io_preferences.*preference;
+        field = (field & ~std::uint32_t{Preferences::Actions::show_message_box}) | action;
+    });
     m_plugin->m_preferences_manager.Save();
 }

@@ -18,8 +18,8 @@ HRESULT File::Close(DWORD flags, KOV::IString* out_error_details, KOV::IKOV_Flag
     bool check_in = Bits::Has(flags, KOV::AFS_CloseFile_CheckIn);
     bool discard_check_out = Bits::Has(flags, KOV::AFS_CloseFile_DiscardCheckOut);
     const bool allow_ui = Bits::Has(flags, KOV::AFS_CloseFile_AllowUI);
-    const bool keep_check_out = Bits::Has(m_plugin->m_preferences_manager.m_preferences.on_close_checked_out_need_check_in,
-                                          Preferences::Actions::check_out);
+    const bool keep_check_out =
+        Bits::Has(m_plugin->m_preferences_manager.Snapshot().on_close_checked_out_need_check_in, Preferences::Actions::check_out);
     TRACE_FORMAT(LogLevel::information, L"flags={} (check_in={}, discard_check_out={}, allow_ui={}), m_need_checkin={}", flags,
                  int{check_in}, int{discard_check_out}, int{allow_ui}, int{m_need_checkin});
     CHECK_OR_RETURN((check_in != discard_check_out) || Bits::Has(flags, KOV::AFS_CloseFile_AllowUI), E_INVALIDARG);
@@ -41,14 +41,13 @@ HRESULT File::Close(DWORD flags, KOV::IString* out_error_details, KOV::IKOV_Flag
 }
 
 bool File::ChooseCheckInOnClose(bool keep_check_out) {
-    std::uint32_t& preference = m_plugin->m_preferences_manager.m_preferences.on_close_checked_out_need_check_in;
-    const CloseStep step = DecideClose(true, preference);
+    const CloseStep step = DecideClose(true, m_plugin->m_preferences_manager.Snapshot().on_close_checked_out_need_check_in);
     if (step == CloseStep::check_in_with_ui) {
         TRACE_FORMAT(LogLevel::information, L"check-in with UI");
         bool dont_show_again = false;
         const std::uint32_t action = CheckInWithUi(true, &dont_show_again);
         if (dont_show_again) {
-            KeepChoice(preference, action);
+            KeepChoice(&Preferences::on_close_checked_out_need_check_in, action);
         }
         return false; // the dialog did it by itself
     }
@@ -59,8 +58,7 @@ bool File::ChooseCheckInOnClose(bool keep_check_out) {
 }
 
 bool File::ChooseDiscardOnClose() {
-    std::uint32_t& preference = m_plugin->m_preferences_manager.m_preferences.on_close_checked_out_no_need_check_in;
-    const CloseStep step = DecideClose(false, preference);
+    const CloseStep step = DecideClose(false, m_plugin->m_preferences_manager.Snapshot().on_close_checked_out_no_need_check_in);
     if (step == CloseStep::ask_to_discard) {
         bool dont_show_again = false;
         const bool discard = Ui::ShowMessageBox(m_kov_inst, KOV::UIX_MsgBox_IconQuestion,
@@ -68,7 +66,8 @@ bool File::ChooseDiscardOnClose() {
                                                 {L"sp.btn.discardCheckOut", L"sp.btn.keepCkeckedOut"}, 0,
                                                 L"sp.check.dontShowThisMessageAgain", &dont_show_again) == 0;
         if (dont_show_again) {
-            KeepChoice(preference, discard ? 0 : std::uint32_t{Preferences::Actions::check_out});
+            KeepChoice(&Preferences::on_close_checked_out_no_need_check_in,
+                       discard ? 0 : std::uint32_t{Preferences::Actions::check_out});
         }
         TRACE_FORMAT(LogLevel::information, L"discard checked-out UI result: {}", int{discard});
         return discard;

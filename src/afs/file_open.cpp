@@ -22,7 +22,9 @@ void File::CreateAndOpenFile(ComPtr<File>& out_file, Name* name, DWORD new_open_
     self->m_modified_time = name->GetObject()->m_information.m_modified_time;
     CHECK_RESULT_OR_THROW(self->AcquireCache(out_error_details, cancel_flag));
     CHECK_OR_THROW(!IsCanceled(cancel_flag), HResultException(E_CANCELED));
-    self->m_check_out_state = name->GetObject()->AsFile()->GetCheckOutState(&self->m_check_out_user);
+    std::wstring user;
+    const SharePoint::File::CheckOutState state = name->GetObject()->AsFile()->GetCheckOutState(&user);
+    self->SetCheckOut(state, std::move(user));
     ApplyOpenRules(self, cancel_flag);
     TRACE_LEAVE();
 }
@@ -102,7 +104,7 @@ HRESULT File::AcquireCache(KOV::IString* out_error_details, KOV::IKOV_Flag* canc
 void File::ApplyOpenRules(File* self, KOV::IKOV_Flag* cancel_flag) {
     const bool do_check_out =
         Bits::Has(self->m_flags, KOV::AFS_OpenFile_Write) || Bits::Has(self->m_flags, KOV::AFS_OpenFile_CheckOut);
-    Preferences& preferences = self->m_plugin->m_preferences_manager.m_preferences;
+    const Preferences preferences = self->m_plugin->m_preferences_manager.Snapshot();
     bool check_out = false;
     switch (DecideOpen(self->CanEdit(false), self->m_flags, self->m_check_out_state, preferences)) {
     case OpenOutcome::refuse_write:
@@ -125,10 +127,10 @@ void File::ApplyOpenRules(File* self, KOV::IKOV_Flag* cancel_flag) {
                                                          self->m_check_out_user)));
         break;
     case OpenOutcome::warn_no_edit_rights:
-        self->WarnOnOpen(L"sp.msg.warnOnOpenWithNoEditPermissions", preferences.on_open_without_write_permissions);
+        self->WarnOnOpen(L"sp.msg.warnOnOpenWithNoEditPermissions", &Preferences::on_open_without_write_permissions);
         break;
     case OpenOutcome::warn_other_user:
-        self->WarnOnOpen(L"sp.msg.warnOnOpenWithOthersCheckOut", preferences.on_open_checked_out_other);
+        self->WarnOnOpen(L"sp.msg.warnOnOpenWithOthersCheckOut", &Preferences::on_open_checked_out_other);
         break;
     case OpenOutcome::ask:
         check_out = self->AskForCheckOutOnOpen();
@@ -146,13 +148,13 @@ void File::ApplyOpenRules(File* self, KOV::IKOV_Flag* cancel_flag) {
     }
 }
 
-void File::WarnOnOpen(const wchar_t* text_key, std::uint32_t& io_preference) {
+void File::WarnOnOpen(const wchar_t* text_key, std::uint32_t Preferences::*preference) {
     bool dont_show_again = false;
     Ui::ShowMessageBox(m_kov_inst, KOV::UIX_MsgBox_IconError,
                        Ui::FormatString(m_kov_inst, text_key, FileName(), m_check_out_user), {L"btn.ok"}, 0,
                        L"sp.check.dontShowThisMessageAgain", &dont_show_again);
     if (dont_show_again) {
-        KeepChoice(io_preference, 0);
+        KeepChoice(preference, 0);
     }
 }
 
@@ -166,7 +168,7 @@ bool File::AskForCheckOutOnOpen() {
         CHECK_RESULT_OR_THROW(E_CANCELED);
     }
     if (dont_show_again) {
-        KeepChoice(m_plugin->m_preferences_manager.m_preferences.on_open_checked_out_none,
+        KeepChoice(&Preferences::on_open_checked_out_none,
                    answer == open_with_check_out ? std::uint32_t{Preferences::Actions::check_out} : 0);
     }
     return answer == open_with_check_out;

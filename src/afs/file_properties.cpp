@@ -54,7 +54,7 @@ struct File::Tables {
         return S_OK;
     }
     static void CheckIn(File& file, const VARIANT&) {
-        const Preferences& preferences = file.m_plugin->m_preferences_manager.m_preferences;
+        const Preferences preferences = file.m_plugin->m_preferences_manager.Snapshot();
         file.CheckInByPreferences(Bits::Has(preferences.on_after_save, Preferences::Actions::check_out));
     }
 

@@ -53,7 +53,7 @@ void File::CheckRightsForSave(DWORD new_open_flags) {
 HRESULT File::ResolveSaveConflict() {
     const std::uint64_t server_time = ServerTime();
     const SaveConflict conflict =
-        DecideSaveConflict(m_modified_time, server_time, m_plugin->m_preferences_manager.m_preferences.on_save_conflict);
+        DecideSaveConflict(m_modified_time, server_time, m_plugin->m_preferences_manager.Snapshot().on_save_conflict);
     if (conflict == SaveConflict::none) {
         return S_OK;
     }
@@ -84,8 +84,7 @@ void File::TakeForSave(KOV::IKOV_Flag* cancel_flag) {
         CHECK_OR_THROW(!IsCanceled(cancel_flag), HResultException(E_CANCELED));
         CheckOut(false);
         m_check_out_state = SharePoint::File::CheckOutState::me;
-        m_keep_checked_out =
-            Bits::Has(m_plugin->m_preferences_manager.m_preferences.on_after_save, Preferences::Actions::check_out);
+        m_keep_checked_out = Bits::Has(m_plugin->m_preferences_manager.Snapshot().on_after_save, Preferences::Actions::check_out);
         TRACE_FORMAT(LogLevel::information, L"{}",
                      m_keep_checked_out ? L"keep check out after save" : L"don't keep check out after save");
         break;
