@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "afs/file_system.h"
+#include "dialog/open_save_dialog.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "host/instance.h"
 #include "preferences/preferences_page.h"
@@ -22,6 +23,7 @@ EventsHandler::~EventsHandler() { TRACE_ENTER(); }
 HRESULT EventsHandler::Init() {
     TRACE_ENTER();
     INTERFACE_TRY
+    m_open_save_dialog = std::make_shared<Ui::OpenSaveDialog>(m_plugin->m_kov_inst, m_plugin->m_file_system);
     m_timer = MakeObject<TimerUpdateUi>(this);
     CHECK_OR_RETURN(m_timer != nullptr, E_OUTOFMEMORY);
     CHECK_OR_RETURN(CreateCommands());
