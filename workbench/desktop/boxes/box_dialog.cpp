@@ -4,7 +4,6 @@
 
 #include <QButtonGroup>
 #include <QCheckBox>
-#include <QCommandLinkButton>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QLabel>
@@ -15,6 +14,7 @@
 #include <QVBoxLayout>
 
 #include "workbench/desktop/boxes/message_text.h"
+#include "workbench/desktop/boxes/two_line_button.h"
 #include "workbench/desktop/objects/images.h"
 #include "workbench/desktop/objects/text.h"
 #include "workbench/desktop/theme/icons.h"
@@ -142,17 +142,16 @@ void BoxDialog::AddCheck(const BoxCheck& check, QVBoxLayout& column) {
 void BoxDialog::AddButtons(const Box& box, QVBoxLayout& rows) {
     // Up to the last one of two lines they stand below each other; the rest is a row, so the order is kept.
     const auto after_last = std::find_if(box.buttons.rbegin(), box.buttons.rend(), HasSecondLine).base();
-    auto* const links = new QVBoxLayout;
-    links->setSpacing(small_gap / 2);
+    auto* const stack = new QVBoxLayout;
+    stack->setSpacing(small_gap);
     for (auto item = box.buttons.begin(); item != after_last; ++item) {
         const QString title = ToQString(item->title);
-        auto* const link = new QCommandLinkButton(title.section('\n', 0, 0), title.section('\n', 1), this);
-        link->setAccessibleDescription(link->description());
-        Place(link, *item);
-        links->addWidget(link);
+        auto* const button = new TwoLineButton(title.section('\n', 0, 0), title.section('\n', 1), this);
+        Place(button, *item);
+        stack->addWidget(button);
     }
     if (after_last != box.buttons.begin()) {
-        rows.addLayout(links);
+        rows.addLayout(stack);
     }
     auto* const row = new QHBoxLayout;
     row->setSpacing(small_gap);

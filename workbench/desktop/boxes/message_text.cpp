@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include <QTextCursor>
 #include <QTextDocument>
@@ -57,17 +58,23 @@ void MessageText::SetText(std::wstring_view text) {
     moveCursor(QTextCursor::Start);
 }
 
+// On a copy: the widget breaks the lines of its own document as wide as it is now.
+QSize MessageText::SizeAt(int width) const {
+    const std::unique_ptr<QTextDocument> copy(document()->clone());
+    copy->setDefaultFont(font());
+    copy->setDocumentMargin(0);
+    copy->setDefaultTextOption(document()->defaultTextOption());
+    copy->setTextWidth(width);
+    return {static_cast<int>(std::ceil(copy->idealWidth())), static_cast<int>(std::ceil(copy->size().height()))};
+}
+
 int MessageText::ReadableWidth() const {
-    const std::unique_ptr<QTextDocument> unbroken(document()->clone());
-    unbroken->setDefaultFont(font());
-    unbroken->setTextWidth(-1);
     const int letter = fontMetrics().averageCharWidth();
-    return std::clamp(static_cast<int>(std::ceil(unbroken->idealWidth())), short_line * letter, long_line * letter);
+    return std::clamp(SizeAt(-1).width(), short_line * letter, long_line * letter);
 }
 
 void MessageText::FitTo(int width) {
-    document()->setTextWidth(width);
-    const int needed = static_cast<int>(std::ceil(document()->size().height()));
+    const int needed = SizeAt(width).height();
     const int most = most_lines * fontMetrics().lineSpacing();
     setFixedSize(width, std::min(needed, most));
     setVerticalScrollBarPolicy(needed > most ? Qt::ScrollBarAlwaysOn : Qt::ScrollBarAlwaysOff);

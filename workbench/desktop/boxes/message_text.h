@@ -28,4 +28,8 @@ public:
     int ReadableWidth() const;
     /// Takes this width and the height that the text then needs; what doesn't fit on the screen scrolls.
     void FitTo(int width);
+
+private:
+    /// The size of the text when lines are broken at `width`, or not at all at -1.
+    QSize SizeAt(int width) const;
 };

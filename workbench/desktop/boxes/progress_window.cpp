@@ -49,7 +49,9 @@ ProgressWindow::ProgressWindow(std::shared_ptr<SharedProgress> progress, QWidget
     last->addWidget(m_status, 1);
     last->addWidget(m_cancel);
     rows->addLayout(last);
-    m_text->FitTo(letters_of_a_line * fontMetrics().averageCharWidth());
+    const int width = letters_of_a_line * fontMetrics().averageCharWidth();
+    m_text->FitTo(width);
+    m_status->setFixedWidth(width - m_cancel->sizeHint().width() - small_gap);
 }
 
 void ProgressWindow::Update(double seconds) {

@@ -4,7 +4,6 @@
 
 #include <QAbstractButton>
 #include <QCheckBox>
-#include <QCommandLinkButton>
 #include <QLineEdit>
 #include <QPlainTextEdit>
 #include <QPushButton>
@@ -15,6 +14,7 @@
 #include "workbench/desktop/boxes/desktop_questions.h"
 #include "workbench/desktop/boxes/message_text.h"
 #include "workbench/desktop/boxes/modal_person.h"
+#include "workbench/desktop/boxes/two_line_button.h"
 #include "workbench/desktop/objects/message_pump.h"
 
 namespace {
@@ -69,9 +69,9 @@ TEST_F(Boxes, EnterIsTheDefaultButtonAndMnemonicsWork) {
 
 TEST_F(Boxes, ButtonsStandInTheirOrderWithTheSecondLineAsDescription) {
     (void)Ask(SaveBox(), [](QDialog& dialog) {
-        auto& overwrite = Child<QCommandLinkButton>(dialog, "sp.btn.overwrite");
+        auto& overwrite = Child<TwoLineButton>(dialog, "sp.btn.overwrite");
         EXPECT_EQ(overwrite.text(), "&Overwrite");
-        EXPECT_EQ(overwrite.description(), "- CHANGES & <i>more</i> WILL BE LOST");
+        EXPECT_EQ(overwrite.Description(), "- CHANGES & <i>more</i> WILL BE LOST");
         EXPECT_EQ(overwrite.accessibleName(), "Overwrite");
         const auto at = [&](const char* name) {
             auto& button = Child<QAbstractButton>(dialog, name);
