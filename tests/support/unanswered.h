@@ -72,3 +72,49 @@ public:
     HRESULT CreateNumberValue(KOV::IUIX_NumberValue**) override { return E_NOTIMPL; }
     HRESULT get_Metric(DWORD, LONG*) override { return E_NOTIMPL; }
 };
+
+class UnansweredFileSys : public cCoClassDispatchT<KOV::IAFS_FileSys> {
+public:
+    HRESULT get_Name(BSTR*) override { return E_NOTIMPL; }
+    HRESULT get_Features(DWORD*) override { return E_NOTIMPL; }
+    HRESULT get_UserString(BSTR*) override { return E_NOTIMPL; }
+    HRESULT put_UserString(LPCWSTR) override { return E_NOTIMPL; }
+    HRESULT get_Prop(KOV::IAFS_Name*, LPCWSTR, VARIANT*) override { return E_NOTIMPL; }
+    HRESULT put_Prop(KOV::IAFS_Name*, LPCWSTR, const VARIANT*) override { return E_NOTIMPL; }
+    HRESULT Exec(KOV::IAFS_Name*, LPCWSTR, const VARIANT*, VARIANT*, KOV::IString*, KOV::IKOV_Flag*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindToPath(LPCWSTR, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindToObject(IUnknown*, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
+        return E_NOTIMPL;
+    }
+    HRESULT BindFlush(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT BindClose(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT EnumFolder(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_EnumFolder**) override { return E_NOTIMPL; }
+    HRESULT StringToName(LPCWSTR, DWORD, KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
+    HRESULT NameToString(KOV::IAFS_Name*, DWORD, KOV::IAFS_Name*, BSTR*) override { return E_NOTIMPL; }
+    HRESULT NameGetParent(KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
+    HRESULT NameIsChildOf(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT NamesAreEqual(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
+    HRESULT OpenFile(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_File**) override { return E_NOTIMPL; }
+    HRESULT CreateFolder(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Move(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Copy(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Rename(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT Delete(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
+    HRESULT GetFileInfo(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_FileInfo**) override { return E_NOTIMPL; }
+    HRESULT GetVolumeSpace(KOV::IAFS_Name*, ULONGLONG*, ULONGLONG*, ULONGLONG*, KOV::IString*, KOV::IKOV_Flag*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT CreateDlgParams(DWORD, KOV::IAUX_Cab**) override { return E_NOTIMPL; }
+    HRESULT ShowDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection**, DWORD*) override {
+        return E_NOTIMPL;
+    }
+    HRESULT SetProgressMon(KOV::IKOV_ProgressMon*) override { return E_NOTIMPL; }
+    HRESULT GetProgressMon(DWORD, KOV::IKOV_ProgressMon**) override { return E_NOTIMPL; }
+    HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab*, DWORD, DWORD, DWORD, KOV::IAFS_AccountData**) override { return E_NOTIMPL; }
+    HRESULT get_DispName(BSTR*) override { return E_NOTIMPL; }
+    HRESULT get_Icon(KOV::IKOV_MultiSizeImage**) override { return E_NOTIMPL; }
+};

@@ -7,6 +7,7 @@
 #include "host/object_bases.h"
 #include "platform/bstr.h"
 #include "platform/variant.h"
+#include "support/unanswered.h"
 #include "workbench/core/unsaved_copies.h"
 
 class ScriptedName final : public cCoClassUnknownT<KOV::IAFS_Name> {
@@ -84,7 +85,7 @@ public:
     bool refuses_to_save = false;
 };
 
-class ScriptedProvider final : public cCoClassDispatchT<KOV::IAFS_FileSys> {
+class ScriptedProvider final : public UnansweredFileSys {
 public:
     HRESULT NameToString(KOV::IAFS_Name* name, DWORD, KOV::IAFS_Name*, BSTR* out_name) override {
         *out_name = Bstr(std::wstring_view(static_cast<ScriptedName*>(name)->url)).Detach();
@@ -95,42 +96,6 @@ public:
         *out_file_info = stamp ? MakeObject<ScriptedInfo>(*stamp).Detach() : nullptr;
         return stamp ? S_OK : E_FAIL;
     }
-
-    HRESULT get_Name(BSTR*) override { return E_NOTIMPL; }
-    HRESULT get_Features(DWORD*) override { return E_NOTIMPL; }
-    HRESULT get_UserString(BSTR*) override { return E_NOTIMPL; }
-    HRESULT put_UserString(LPCWSTR) override { return E_NOTIMPL; }
-    HRESULT get_Prop(KOV::IAFS_Name*, LPCWSTR, VARIANT*) override { return E_NOTIMPL; }
-    HRESULT put_Prop(KOV::IAFS_Name*, LPCWSTR, const VARIANT*) override { return E_NOTIMPL; }
-    HRESULT Exec(KOV::IAFS_Name*, LPCWSTR, const VARIANT*, VARIANT*, KOV::IString*, KOV::IKOV_Flag*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT BindToPath(LPCWSTR, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT BindToObject(IUnknown*, KOV::IAFS_BindContext*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_Name**) override {
-        return E_NOTIMPL;
-    }
-    HRESULT BindFlush(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT BindClose(KOV::IAFS_Name*, DWORD, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT EnumFolder(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_EnumFolder**) override { return E_NOTIMPL; }
-    HRESULT StringToName(LPCWSTR, DWORD, KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
-    HRESULT NameGetParent(KOV::IAFS_Name*, KOV::IAFS_Name**) override { return E_NOTIMPL; }
-    HRESULT NameIsChildOf(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT NamesAreEqual(KOV::IAFS_Name*, KOV::IAFS_Name*, VARIANT_BOOL*) override { return E_NOTIMPL; }
-    HRESULT OpenFile(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*, KOV::IAFS_File**) override { return E_NOTIMPL; }
-    HRESULT CreateFolder(KOV::IAFS_Name*, DWORD, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT Move(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT Copy(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT Rename(KOV::IAFS_Name*, KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT Delete(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override { return E_NOTIMPL; }
-    HRESULT GetVolumeSpace(KOV::IAFS_Name*, ULONGLONG*, ULONGLONG*, ULONGLONG*, KOV::IString*, KOV::IKOV_Flag*) override {
-        return E_NOTIMPL;
-    }
-    HRESULT CreateDlgParams(DWORD, KOV::IAUX_Cab**) override { return E_NOTIMPL; }
-    HRESULT ShowDlg(DWORD, KOV::IAFS_Name*, KOV::IAUX_Cab*, HWND, KOV::IAFS_NamesCollection**, DWORD*) override { return E_NOTIMPL; }
-    HRESULT SetProgressMon(KOV::IKOV_ProgressMon*) override { return E_NOTIMPL; }
-    HRESULT GetProgressMon(DWORD, KOV::IKOV_ProgressMon**) override { return E_NOTIMPL; }
     HRESULT CreateAccount(LPCWSTR, KOV::IAUX_Cab* i_source_cab, DWORD, DWORD, DWORD,
                           KOV::IAFS_AccountData** o_account_data) override {
         Bstr url;
@@ -140,8 +105,6 @@ public:
         *o_account_data = MakeObject<ScriptedAccount>(url.Text(), user.Text()).Detach();
         return S_OK;
     }
-    HRESULT get_DispName(BSTR*) override { return E_NOTIMPL; }
-    HRESULT get_Icon(KOV::IKOV_MultiSizeImage**) override { return E_NOTIMPL; }
 };
 
 /// A file that is open: for the map a name and an address.
