@@ -7,6 +7,7 @@
 
 #include "platform/text.h"
 #include "workbench/console/commands.h"
+#include "workbench/console/document_state.h"
 #include "workbench/console/documents.h"
 #include "workbench/console/facts.h"
 #include "workbench/console/recovery.h"
@@ -42,13 +43,21 @@ void Info(const Context& context, const CommandCall& call) {
                                      Rfc3339(facts.created).value_or("-"), Rfc3339(facts.modified).value_or("-")));
 }
 
+/// In words.
+std::string StateText(const DocumentState& state) {
+    const std::map<std::string, std::string> holders = {
+        {"none", "not checked out"},
+        {"me", "checked out to you"},
+        {"other_user", "checked out to " + Printable(state.user.value_or(L""))},
+        {"unknown", "who holds it isn't known"},
+    };
+    return holders.at(state.checked_out) + (state.can_edit ? ", can be edited" : ", no rights to edit");
+}
+
 void State(const Context& context, const CommandCall& call) {
-    const ComPtr<KOV::IAFS_Name> name = context.places.Find(call.words[0]);
-    Variant value;
-    Check(context.Provider()->get_Prop(name, L"CheckedOut", &value));
-    const std::string state = value.vt == VT_BOOL && value.boolVal != VARIANT_FALSE ? "me" : "unknown";
-    context.output.Write({{"checked_out", state}, {"user", nullptr}, {"can_edit", nullptr}},
-                         state == "me" ? "checked out to me" : "not checked out to me");
+    const DocumentState state = AskDocumentState(context, context.places.Find(call.words[0]));
+    const FieldValue user = state.user ? FieldValue(Printable(*state.user)) : FieldValue(nullptr);
+    context.output.Write({{"checked_out", state.checked_out}, {"user", user}, {"can_edit", state.can_edit}}, StateText(state));
 }
 
 void MakeFolder(const Context& context, const CommandCall& call) {

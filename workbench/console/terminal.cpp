@@ -152,6 +152,9 @@ std::optional<Answer> Terminal::NextAnswer() {
 }
 
 BoxAnswer Terminal::Ask(const Box& box) {
+    if (m_silences > 0) {
+        return UnansweredBox(box);
+    }
     const std::lock_guard one_question(m_question_lock);
     const std::optional<Answer> prepared = NextAnswer();
     const BoxAnswer answer = prepared ? Apply(box, *prepared) : HasTerminal() ? AskPerson(box) : UnansweredBox(box);

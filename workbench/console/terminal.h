@@ -2,6 +2,7 @@
 
 /// The person before the program, or the answers that a script prepared: questions, and demands for an account.
 
+#include <atomic>
 #include <deque>
 #include <filesystem>
 #include <mutex>
@@ -25,6 +26,18 @@ public:
     void Queue(Answer answer);
     BoxAnswer Ask(const Box& box) override;
 
+    /// While one lives, questions stay unanswered and unseen, and what was prepared waits.
+    class Silence {
+    public:
+        explicit Silence(Terminal& terminal) : m_terminal(terminal) { ++m_terminal.m_silences; }
+        ~Silence() { --m_terminal.m_silences; }
+        Silence(const Silence&) = delete;
+        Silence& operator=(const Silence&) = delete;
+
+    private:
+        Terminal& m_terminal;
+    };
+
 private:
     std::optional<Answer> NextAnswer();
     BoxAnswer Apply(const Box& box, const Answer& answer);
@@ -35,6 +48,7 @@ private:
     std::mutex m_question_lock;
     std::mutex m_lock;
     std::deque<Answer> m_answers;
+    std::atomic<int> m_silences = 0;
 };
 
 /// Answers demands for an account: the first of a host with the account that a URL carried or that the options name, all else by

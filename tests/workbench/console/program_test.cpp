@@ -304,3 +304,29 @@ TEST_F(Program, SaysInItsOwnWayThatItsModuleOrItsOutputIsBroken) {
         EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 1) << redirection << ": " << status;
     }
 }
+
+TEST_F(Program, TellsWhoHoldsADocumentWithoutAQuestionAndWithoutAChange) {
+    ConsoleUser eve("eve", "silver-garden-5");
+    ASSERT_EQ(eve.Run({"prefs", "set", "on_open_without_write_permissions", "1"}).exit_code, 0) << "asks wherever it may";
+    struct Row {
+        const char* holder;
+        const ConsoleUser& user;
+        const char* output;
+    };
+    const Row rows[] = {
+        {"", ann, "{\"checked_out\":\"none\",\"user\":null,\"can_edit\":true}\n"},
+        {"ann", ann, "{\"checked_out\":\"me\",\"user\":null,\"can_edit\":true}\n"},
+        {"ann", ben, "{\"checked_out\":\"other_user\",\"user\":\"Ann <ann@example.com>\",\"can_edit\":true}\n"},
+        {"", eve, "{\"checked_out\":\"none\",\"user\":null,\"can_edit\":false}\n"},
+        {"ann", eve, "{\"checked_out\":\"unknown\",\"user\":null,\"can_edit\":false}\n"},
+    };
+    for (const Row& row : rows) {
+        SCOPED_TRACE(row.output);
+        server.SetHolder(document, row.holder);
+        const ConsoleResult result = row.user.Run({"state", Url()});
+        EXPECT_EQ(result.output, row.output) << result.errors;
+        EXPECT_EQ(server.Holder(document), row.holder);
+    }
+    const ConsoleResult folder = ann.Run({"state", Url("Docs")});
+    EXPECT_EQ(folder.exit_code, 1);
+}
