@@ -3,6 +3,7 @@
 #include <limits>
 
 #include "editor/ui/modal_window.h"
+#include "editor/ui/notification.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "frame/plugin.h"
 #include "host/instance.h"
@@ -12,7 +13,6 @@
 #include "platform/shell.h"
 #include "preferences/drop_downs.h"
 #include "preferences/hidden_paths.h"
-#include "preferences/notification.h"
 
 using namespace PreferencesUi;
 
@@ -72,11 +72,11 @@ HRESULT AdvancedPreferencesDialogImpl::OnEvent(UiEvent* io_event) {
         io_event->handled = 1;
         return OnShowModal();
     }
-    const UiNotification* const notification = NotificationOf(*io_event);
+    const UiNotification* const notification = Ui::NotificationOf(*io_event);
     if (notification == nullptr || notification->kind != UiNotify_Clicked) {
         return uiStdObjImplT::OnEvent(io_event);
     }
-    return OnClicked(ControlOf(*notification), *io_event);
+    return OnClicked(Ui::ControlOf(*notification), *io_event);
     INTERFACE_CATCH(nullptr)
 }
 
@@ -85,7 +85,7 @@ HRESULT AdvancedPreferencesDialogImpl::OnClicked(DWORD control, UiEvent& io_even
         DWORD control;
         HRESULT (AdvancedPreferencesDialogImpl::*handler)();
     };
-    const auto number = [this](LPCWSTR name) { return ControlNumber(m_plugin.m_kov_inst, name); };
+    const auto number = [this](LPCWSTR name) { return Ui::ControlNumber(m_plugin.m_kov_inst, name); };
     static const Button buttons[] = {
         {number(L"btn.ok"), &AdvancedPreferencesDialogImpl::OnOk},
         {number(L"btn.cancel"), &AdvancedPreferencesDialogImpl::OnCancel},

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "editor/ui/modal_window.h"
+#include "editor/ui/notification.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "frame/plugin.h"
 #include "host/instance.h"
@@ -11,7 +12,6 @@
 #include "preferences/advanced_preferences_dialog.h"
 #include "preferences/check_boxes.h"
 #include "preferences/drop_downs.h"
-#include "preferences/notification.h"
 #include "preferences/same_preferences.h"
 
 using namespace PreferencesUi;
@@ -136,7 +136,7 @@ HRESULT PreferencesPage::OnEvent(KOV::UiEvent* io_event) {
     INTERFACE_TRY
     CHECK_OR_RETURN(io_event != nullptr, E_INVALIDARG);
     io_event->handled = 0;
-    const KOV::UiNotification* const notification = NotificationOf(*io_event);
+    const KOV::UiNotification* const notification = Ui::NotificationOf(*io_event);
     if (notification == nullptr) {
         return uiStdObjImplT::OnEvent(io_event);
     }
@@ -146,8 +146,8 @@ HRESULT PreferencesPage::OnEvent(KOV::UiEvent* io_event) {
 }
 
 void PreferencesPage::OnNotification(const KOV::UiNotification& notification, KOV::UiEvent& io_event) {
-    static const DWORD reset_button = ControlNumber(m_plugin->m_kov_inst, L"btn.resetPreferences");
-    static const DWORD advanced_button = ControlNumber(m_plugin->m_kov_inst, L"btn.advancedPreferences");
+    static const DWORD reset_button = Ui::ControlNumber(m_plugin->m_kov_inst, L"btn.resetPreferences");
+    static const DWORD advanced_button = Ui::ControlNumber(m_plugin->m_kov_inst, L"btn.advancedPreferences");
     if (notification.kind == KOV::UiNotify_Committed) {
         io_event.handled = 1;
         Collect();
@@ -157,7 +157,7 @@ void PreferencesPage::OnNotification(const KOV::UiNotification& notification, KO
     if (notification.kind != KOV::UiNotify_Clicked) {
         return;
     }
-    const DWORD control = ControlOf(notification);
+    const DWORD control = Ui::ControlOf(notification);
     if (control == reset_button) {
         io_event.handled = 1;
         m_preferences = g_default_preferences;
