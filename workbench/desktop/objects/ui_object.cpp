@@ -14,16 +14,23 @@ constexpr double dots_an_inch_of_layouts = 96.0;
 
 } // namespace
 
-void UiObject::Adopt(std::shared_ptr<WindowCore> owner, KOV::IUIX_Obj* parent, DWORD id) {
+void UiObject::Enter(std::shared_ptr<WindowCore> owner, KOV::IUIX_Obj* parent, DWORD id) {
     m_owner = std::move(owner);
     m_parent = parent;
     m_id = id;
+}
+
+void UiObject::Adopt(std::shared_ptr<WindowCore> owner, KOV::IUIX_Obj* parent, DWORD id) {
+    Enter(std::move(owner), parent, id);
     if (m_owner != nullptr) {
         m_owner->Keep(Object(), this);
     }
 }
 
-void UiObject::Detach() { m_parent.Release(); }
+void UiObject::Detach() {
+    m_context.reset();
+    m_parent.Release();
+}
 
 void UiObject::ApplyStyle(DWORD changed) {
     auto* const frame = qobject_cast<QFrame*>(Widget());

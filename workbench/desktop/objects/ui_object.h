@@ -10,8 +10,8 @@
 ///     const auto picture = MakeObject<Picture>(parent);
 ///     picture->Adopt(owner, parent_object, id);
 ///
-/// Qt owns the widget by its parent; the object looks at it and fails once it is gone. What an object connects to its widget's
-/// signals names the widget as the context and may use the object: the window keeps both until it is destroyed.
+/// Qt owns the widget by its parent; the object looks at it and fails once it is gone. The widget may outlive the object by a
+/// turn of the loop: what an object connects to signals names `Context()` as the context.
 
 #include <memory>
 
@@ -48,11 +48,16 @@ public:
     virtual void ApplyStyle(DWORD changed);
 
 protected:
-    explicit UiObject(QWidget* widget) : m_widget(widget) {}
+    /// What `Adopt` does, but that the window doesn't keep the object: for the window's own.
+    void Enter(std::shared_ptr<WindowCore> owner, KOV::IUIX_Obj* parent, DWORD id);
+
+    explicit UiObject(QWidget* widget) : m_widget(widget), m_context(std::make_unique<QObject>()) {}
     virtual ~UiObject() = default;
 
     virtual KOV::IUIX_Obj* Object() noexcept = 0;
 
+    /// Gone from `Detach` on: ends the connections that use the object.
+    QObject* Context() const noexcept { return m_context.get(); }
     /// Tells the window's implementation of an event of this control, unless the control is disabled.
     void Notify(DWORD kind);
     /// The text behind "$$$.key", or the text itself.
@@ -67,6 +72,7 @@ protected:
 
 private:
     const QPointer<QWidget> m_widget;
+    std::unique_ptr<QObject> m_context;
     std::shared_ptr<WindowCore> m_owner;
     ComPtr<KOV::IUIX_Obj> m_parent;
     DWORD m_id = 0;

@@ -96,6 +96,26 @@ QWidget* WidgetOf(HWND window) {
     return core == nullptr ? nullptr : core->Widget();
 }
 
+std::shared_ptr<WindowCore> WindowAround(const QWidget* widget) {
+    std::vector<std::shared_ptr<WindowCore>> windows;
+    {
+        Registry& registry = TheRegistry();
+        const std::scoped_lock hold(registry.lock);
+        for (const auto& [handle, window] : registry.windows) {
+            windows.push_back(window.lock());
+        }
+    }
+    for (; widget != nullptr; widget = widget->parentWidget()) {
+        const auto found = std::find_if(windows.begin(), windows.end(), [&](const std::shared_ptr<WindowCore>& window) {
+            return window != nullptr && window->Widget() == widget;
+        });
+        if (found != windows.end()) {
+            return *found;
+        }
+    }
+    return nullptr;
+}
+
 ModalScope::ModalScope(HWND window) : m_window(window) {
     Registry& registry = TheRegistry();
     const std::scoped_lock hold(registry.lock);

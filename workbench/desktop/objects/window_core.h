@@ -77,6 +77,8 @@ private:
 std::shared_ptr<WindowCore> WindowOf(HWND window);
 /// Its widget, or null; as the parent of a dialog. Main thread.
 QWidget* WidgetOf(HWND window);
+/// The innermost window with a handle that `widget` lies in, or null. Main thread.
+std::shared_ptr<WindowCore> WindowAround(const QWidget* widget);
 
 /// A modal window counts as the owner of new dialogs as long as its `ModalScope` lives. Main thread.
 class ModalScope {

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <QLineEdit>
+
+#include "host/controls.h"
+#include "workbench/desktop/objects/ui_object.h"
+#include "workbench/desktop/windows/controls/control.h"
+#include "workbench/desktop/windows/controls/number_value.h"
+
+/// A line of text, or a number. Each change of the text, by a person or by the program, notifies `UiNotify_TextChanged` at once;
+/// a person's change notifies `UiNotify_Committed` when the field is left or Enter is pressed.
+class Edit final : public UiObjectT<KOV::IUIX_Edit>, public Control {
+public:
+    explicit Edit(QWidget* parent);
+
+    void Fill(const LayoutItem& item) override;
+    QSize Least() const override;
+    HRESULT PutText(const QString& text) override;
+    HRESULT GetText(QString& out_text) const override;
+    void Detach() override;
+
+    /// A number of `CreateNumberValue`, which is held; null ends it. One edit a number.
+    HRESULT put_NumberValue(KOV::IUIX_NumberValue* value) override;
+    /// 0 takes any text, 3 what the number allows. `E_NOTIMPL` for others.
+    HRESULT put_NumberMode(LONG mode) override;
+
+private:
+    ~Edit() override;
+
+    QLineEdit* Face() const { return static_cast<QLineEdit*>(Widget()); }
+    void OnChanged();
+    void OnLeft();
+    void ShowNumber();
+    void StepBy(int key);
+
+    ComPtr<NumberValue> m_number;
+    LONG m_number_mode = 0;
+    bool m_is_edited = false;
+};
