@@ -5,12 +5,12 @@
 
 #include <fmt/format.h>
 
-#include "platform/files.h"
 #include "platform/text.h"
 #include "workbench/console/preferences.h"
 #include "workbench/console/script.h"
 #include "workbench/console/usage_error.h"
 #include "workbench/core/failure.h"
+#include "workbench/core/program_paths.h"
 
 namespace fs = std::filesystem;
 
@@ -72,13 +72,7 @@ int RunAccounts(const Context& context, const CommandCall& call) {
 }
 
 int ShowLog(const Context& context, const CommandCall&) {
-    wchar_t folder[MAX_PATH];
-    if (GetTempPathW(MAX_PATH, folder) == 0) {
-        throw Failure{E_FAIL, L"There is no temporary folder, so there is no log."};
-    }
-    std::string temporary = Utf8FromWide(folder);
-    std::replace(temporary.begin(), temporary.end(), '\\', '/');
-    const fs::path path = fs::path(temporary) / "KOVD-SharePoint";
+    const fs::path path = LogFolder();
     std::vector<std::string> files;
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(path, error)) {

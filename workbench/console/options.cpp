@@ -1,36 +1,14 @@
 #include "workbench/console/options.h"
 
 #include <charconv>
-#include <cstdlib>
 #include <iostream>
 
 #include <CLI/CLI.hpp>
-#include <unistd.h>
 
 #include "workbench/console/usage_error.h"
-
-namespace fs = std::filesystem;
+#include "workbench/core/program_paths.h"
 
 namespace {
-
-/// The module beside the program, or in the library folder of the place where both were installed.
-fs::path DefaultModule() {
-    std::error_code error;
-    const fs::path folder = fs::read_symlink("/proc/self/exe", error).parent_path();
-    const fs::path beside = folder / "SharePoint.kvp";
-    const fs::path installed = folder.parent_path() / "lib" / "kov-workbench" / "SharePoint.kvp";
-    return fs::exists(beside, error) || !fs::exists(installed, error) ? beside : installed;
-}
-
-/// The XDG state folder.
-fs::path DefaultState() {
-    const char* const state = std::getenv("XDG_STATE_HOME");
-    if (state != nullptr && *state == '/') {
-        return fs::path(state) / "kov-workbench";
-    }
-    const char* const home = std::getenv("HOME");
-    return fs::path(home != nullptr && *home == '/' ? home : ".") / ".local" / "state" / "kov-workbench";
-}
 
 /// A number of seconds that a clock can hold; the library's own check would let NaN through.
 std::string CheckSeconds(const std::string& text) {
