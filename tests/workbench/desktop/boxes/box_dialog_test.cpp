@@ -13,7 +13,7 @@
 #include "workbench/core/main_loop.h"
 #include "workbench/desktop/boxes/desktop_questions.h"
 #include "workbench/desktop/boxes/message_text.h"
-#include "workbench/desktop/boxes/modal_person.h"
+#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/boxes/two_line_button.h"
 #include "workbench/desktop/objects/message_pump.h"
 

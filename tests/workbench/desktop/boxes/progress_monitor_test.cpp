@@ -11,7 +11,7 @@
 #include <gtest/gtest.h>
 
 #include "workbench/desktop/boxes/message_text.h"
-#include "workbench/desktop/boxes/modal_person.h"
+#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/boxes/transfer_text.h"
 #include "workbench/desktop/objects/message_pump.h"
 
