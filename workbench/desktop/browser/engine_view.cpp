@@ -1,0 +1,80 @@
+// The browser's library: a view on Qt WebEngine.
+
+#include <QLocale>
+#include <QPointer>
+#include <QWebEngineDownloadRequest>
+#include <QWebEngineProfile>
+#include <QWebEngineView>
+
+#include "workbench/desktop/browser/cookie_mirror.h"
+#include "workbench/desktop/browser/engine_page.h"
+#include "workbench/desktop/browser/web_view.h"
+
+namespace {
+
+/// A profile without a name keeps nothing on disk. It outlives its page.
+class EngineView final : public WebView {
+public:
+    EngineView(WebViewListener listener, QWidget* parent);
+    ~EngineView() override;
+
+    QWidget* Widget() override { return m_view; }
+    void Open(const QUrl& url) override;
+
+private:
+    /// Tells of a page when its cookies are where they belong, and never out of the page's own call.
+    void OnLoaded(bool succeeded);
+
+    const WebViewListener m_listener;
+    RequestFilter m_filter;
+    QWebEngineProfile m_profile;
+    CookieMirror m_cookies;
+    EnginePage m_page;
+    QPointer<QWebEngineView> m_view;
+};
+
+EngineView::EngineView(WebViewListener listener, QWidget* parent)
+    : m_listener(std::move(listener)), m_cookies(m_profile.cookieStore()), m_page(&m_profile, m_listener),
+      m_view(new QWebEngineView(parent)) {
+    m_profile.setUrlRequestInterceptor(&m_filter);
+    m_profile.setHttpAcceptLanguage(QLocale().bcp47Name());
+    m_profile.setSpellCheckEnabled(false);
+    QObject::connect(&m_profile, &QWebEngineProfile::downloadRequested, &m_page, [this](QWebEngineDownloadRequest* download) {
+        download->cancel();
+        m_listener.said(QObject::tr("The page wanted to save a file, which isn't done here."));
+    });
+    QObject::connect(&m_page, &QWebEnginePage::loadFinished, &m_page, [this](bool succeeded) { OnLoaded(succeeded); });
+    QObject::connect(&m_page, &QWebEnginePage::urlChanged, &m_page, [this](const QUrl& url) {
+        m_cookies.SetPage(url);
+        m_listener.moved(url);
+    });
+    m_view->setContextMenuPolicy(Qt::NoContextMenu);
+    m_view->setPage(&m_page);
+}
+
+EngineView::~EngineView() {
+    // The page goes before its profile, and the widget before the page.
+    delete m_view.data();
+}
+
+void EngineView::Open(const QUrl& url) {
+    m_cookies.SetPage(url);
+    m_cookies.WhenSettled([this, url] { m_page.load(url); });
+}
+
+void EngineView::OnLoaded(bool succeeded) {
+    if (!succeeded) {
+        return;
+    }
+    m_cookies.WhenSettled([this, url = m_page.url()] {
+        QMetaObject::invokeMethod(
+            &m_page, [this, url] { m_listener.arrived(url); }, Qt::QueuedConnection);
+    });
+}
+
+} // namespace
+
+extern "C" __attribute__((visibility("default"))) void KovMakeWebView(WebViewListener listener, QWidget* parent,
+                                                                      std::unique_ptr<WebView>& out_view) {
+    out_view = std::make_unique<EngineView>(std::move(listener), parent);
+}
