@@ -1,14 +1,11 @@
 #include "dialog/folder_columns.h"
 
+#include <algorithm>
+
 #include "afs/format_file_time.h"
 #include "platform/bstr.h"
 
 namespace {
-
-template <class Number>
-int Order(Number a, Number b) {
-    return a < b ? -1 : a > b ? 1 : 0;
-}
 
 std::wstring_view TitleText(FolderRow& row, KOV::IKOV_Inst*) { return row.title; }
 
@@ -16,67 +13,82 @@ std::wstring_view ExtensionText(FolderRow& row, KOV::IKOV_Inst*) {
     return row.kind == nullptr ? std::wstring_view(L"") : row.kind->Extension();
 }
 
-/// Rows that nobody looks at are never formatted.
-std::wstring_view TimeText(std::optional<std::wstring>& text, ULONGLONG time) {
+/// A row that nobody looks at is never formatted, and no row twice.
+template <class Function>
+std::wstring_view KeptText(FolderRow& row, std::optional<std::wstring> FolderRow::Texts::*kept, const Function& format) {
+    if (row.texts == nullptr) {
+        row.texts = std::make_unique<FolderRow::Texts>();
+    }
+    std::optional<std::wstring>& text = (*row.texts).*kept;
     if (!text) {
-        text = FormatFileTime(time);
+        text = format();
     }
     return *text;
 }
 
-std::wstring_view CreationText(FolderRow& row, KOV::IKOV_Inst*) { return TimeText(row.creation_text, row.creation_time); }
+std::wstring_view CreationText(FolderRow& row, KOV::IKOV_Inst*) {
+    return KeptText(row, &FolderRow::Texts::creation_time, [&] { return FormatFileTime(row.creation_time); });
+}
 
-std::wstring_view LastWriteText(FolderRow& row, KOV::IKOV_Inst*) { return TimeText(row.last_write_text, row.last_write_time); }
+std::wstring_view LastWriteText(FolderRow& row, KOV::IKOV_Inst*) {
+    return KeptText(row, &FolderRow::Texts::last_write_time, [&] { return FormatFileTime(row.last_write_time); });
+}
 
 std::wstring_view SizeText(FolderRow& row, KOV::IKOV_Inst* kov_instance) {
-    if (!row.size_text) {
+    return KeptText(row, &FolderRow::Texts::size, [&] {
         Bstr text;
         const bool has_text = row.size && SUCCEEDED(kov_instance->FormatFileSize(*row.size, -1, &text));
-        row.size_text = has_text ? text.Text() : std::wstring();
+        return has_text ? text.Text() : std::wstring();
+    });
+}
+
+std::uint64_t TitlePlace(const FolderRow& row) { return row.title_rank; }
+
+/// Folders have none, and are equal in it.
+std::uint64_t ExtensionPlace(const FolderRow& row) { return row.kind == nullptr ? 0 : row.kind->rank; }
+
+std::uint64_t CreationPlace(const FolderRow& row) { return row.creation_time; }
+
+std::uint64_t LastWritePlace(const FolderRow& row) { return row.last_write_time; }
+
+std::uint64_t SizePlace(const FolderRow& row) { return row.size.value_or(0); }
+
+/// All that the order of a row depends on, side by side: a sort that looked into the rows would wait for memory at each step.
+struct Place {
+    std::uint64_t by_column;
+    std::uint64_t by_name;
+    bool is_file;
+    FolderRow* row;
+
+    bool operator<(const Place& other) const {
+        if (is_file != other.is_file) {
+            return other.is_file;
+        }
+        return by_column != other.by_column ? by_column < other.by_column : by_name < other.by_name;
     }
-    return *row.size_text;
-}
-
-int CompareTitles(const FolderRow& a, const FolderRow& b) { return Order(a.title_rank, b.title_rank); }
-
-/// A folder's extension is the empty one, as that of a file without a dot: but the two never meet here.
-int CompareExtensions(const FolderRow& a, const FolderRow& b) {
-    return a.kind == nullptr || b.kind == nullptr ? 0 : Order(a.kind->rank, b.kind->rank);
-}
-
-int CompareCreationTimes(const FolderRow& a, const FolderRow& b) { return Order(a.creation_time, b.creation_time); }
-
-int CompareLastWriteTimes(const FolderRow& a, const FolderRow& b) { return Order(a.last_write_time, b.last_write_time); }
-
-int CompareSizes(const FolderRow& a, const FolderRow& b) { return Order(a.size.value_or(0), b.size.value_or(0)); }
-
-constexpr std::size_t title_column = 0;
-constexpr std::size_t extension_column = 1;
+};
 
 } // namespace
 
-const std::array<FolderColumn, 5> folder_columns = {{
-    {L"sp.ls.column.title", L"sp.ls.column.title.hint", 0.4F, KOV::UIX_DrawText_Ellipsis, true, TitleText, CompareTitles},
+const std::array<FolderColumn, folder_column_count> folder_columns = {{
+    {L"sp.ls.column.title", L"sp.ls.column.title.hint", 0.4F, KOV::UIX_DrawText_Ellipsis, true, TitleText, TitlePlace},
     {L"sp.ls.column.extension", L"sp.ls.column.extension.hint", 0.1F, KOV::UIX_DrawText_Ellipsis, false, ExtensionText,
-     CompareExtensions},
-    {L"sp.ls.column.created", L"sp.ls.column.created.hint", 0.2F, KOV::UIX_DrawText_Ellipsis, false, CreationText,
-     CompareCreationTimes},
+     ExtensionPlace},
+    {L"sp.ls.column.created", L"sp.ls.column.created.hint", 0.2F, KOV::UIX_DrawText_Ellipsis, false, CreationText, CreationPlace},
     {L"sp.ls.column.modified", L"sp.ls.column.modified.hint", 0.2F, KOV::UIX_DrawText_Ellipsis, false, LastWriteText,
-     CompareLastWriteTimes},
-    {L"sp.ls.column.size", L"sp.ls.column.size.hint", 0.1F, KOV::UIX_DrawText_Right, false, SizeText, CompareSizes},
+     LastWritePlace},
+    {L"sp.ls.column.size", L"sp.ls.column.size.hint", 0.1F, KOV::UIX_DrawText_Right, false, SizeText, SizePlace},
 }};
 
-bool StandsBefore(const FolderRow& a, const FolderRow& b, FolderSorting sorting) {
-    if (a.is_folder != b.is_folder) {
-        return a.is_folder;
+std::vector<FolderRow*> OrderByColumn(FolderRows& rows, std::size_t column) {
+    std::vector<Place> places;
+    places.reserve(rows.rows.size());
+    for (FolderRow& row : rows.rows) {
+        const std::uint64_t by_name = TitlePlace(row) << 32 | ExtensionPlace(row);
+        places.push_back({folder_columns[column].place(row), by_name, !row.is_folder, &row});
     }
-    if (a.is_regular != b.is_regular) {
-        return !a.is_regular;
-    }
-    for (const std::size_t column : {sorting.column, title_column, extension_column}) {
-        if (const int order = folder_columns[column].compare(a, b); order != 0) {
-            return sorting.is_ascending == (order < 0);
-        }
-    }
-    return false;
+    std::stable_sort(places.begin(), places.end());
+    std::vector<FolderRow*> order(places.size());
+    std::transform(places.begin(), places.end(), order.begin(), [](const Place& place) { return place.row; });
+    return order;
 }

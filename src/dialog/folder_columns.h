@@ -16,17 +16,12 @@ struct FolderColumn {
     bool has_icon;
     /// Good as long as the row.
     std::wstring_view (*text)(FolderRow& row, KOV::IKOV_Inst* kov_instance);
-    /// Negative, 0 or positive, for ascending order.
-    int (*compare)(const FolderRow& a, const FolderRow& b);
+    /// Of two rows the one with the smaller number stands first in ascending order.
+    std::uint64_t (*place)(const FolderRow& row);
 };
 
-extern const std::array<FolderColumn, 5> folder_columns;
+extern const std::array<FolderColumn, folder_column_count> folder_columns;
 
-struct FolderSorting {
-    std::size_t column = 0;
-    bool is_ascending = true;
-};
-
-/// Whether `a` stands before `b`: the parent before folders before files in any sorting; then by the column, then by title and
-/// extension.
-bool StandsBefore(const FolderRow& a, const FolderRow& b, FolderSorting sorting);
+/// The rows in ascending order: folders before files; then by the column, then by title and extension. Rows that are equal in all
+/// stay in their order.
+std::vector<FolderRow*> OrderByColumn(FolderRows& rows, std::size_t column);

@@ -1,6 +1,7 @@
 #include "dialog/folder_items_list.h"
 
 #include <algorithm>
+#include <iterator>
 #include <optional>
 #include <utility>
 
@@ -25,6 +26,11 @@ Bstr LocalText(KOV::IKOV_Inst* kov_instance, LPCWSTR key) {
     (void)kov_instance->GetLocalStr(key, &text); // no title is better than no list
     return text;
 }
+
+struct FolderSorting {
+    std::size_t column = 0;
+    bool is_ascending = true;
+};
 
 } // namespace
 
@@ -57,9 +63,9 @@ private:
     void InsertColumns();
     FolderSorting GetSorting() const;
     HRESULT SetColumnSorting(std::size_t column_index, bool ascending);
-    void Sort(FolderSorting sorting);
-    HRESULT AddParent();
+    HRESULT MakeParent();
     HRESULT PrepareKinds();
+    void Arrange(FolderSorting sorting);
     /// Null for what is no cell.
     const FolderColumn* ColumnOf(const KOV::UiListItemId* item_id) const;
     FolderRow* RowOf(const KOV::UiListItemId* item_id) const;
@@ -127,11 +133,6 @@ FolderSorting FolderItemsList::Impl::GetSorting() const {
     return {};
 }
 
-void FolderItemsList::Impl::Sort(FolderSorting sorting) {
-    std::stable_sort(m_items.begin(), m_items.end(),
-                     [&](const FolderRow* a, const FolderRow* b) { return StandsBefore(*a, *b, sorting); });
-}
-
 void FolderItemsList::Impl::Detach() {
     (void)m_list->put_Callbacks(nullptr);
     (void)Clear(); // a failure is logged there
@@ -151,25 +152,17 @@ HRESULT FolderItemsList::Impl::Clear() {
 HRESULT FolderItemsList::Impl::Refresh() {
     TRACE_ENTER();
     CHECK_OR_RETURN(Clear());
-    CHECK_OR_RETURN(AddParent());
+    CHECK_OR_RETURN(MakeParent());
     CHECK_OR_RETURN(m_navigator->GetRows(m_rows));
-    if (m_rows != nullptr) {
-        CHECK_OR_RETURN(PrepareKinds());
-        m_items.reserve(m_items.size() + m_rows->rows.size());
-        for (FolderRow& row : m_rows->rows) {
-            if (row.kind == nullptr || row.kind->is_shown) {
-                m_items.push_back(&row);
-            }
-        }
-    }
-    Sort(GetSorting());
+    CHECK_OR_RETURN(PrepareKinds());
+    Arrange(GetSorting());
     for (std::size_t i = 0; i < m_items.size(); ++i) {
         CHECK_OR_RETURN(m_list->InsertItem(-1, 0, 0));
     }
     TRACE_RETURN(S_OK);
 }
 
-HRESULT FolderItemsList::Impl::AddParent() {
+HRESULT FolderItemsList::Impl::MakeParent() {
     if (m_navigator->GetParent().IsNull()) {
         return S_OK;
     }
@@ -180,13 +173,16 @@ HRESULT FolderItemsList::Impl::AddParent() {
     row.title = L"..";
     row.is_folder = true;
     row.is_regular = false;
-    m_items.push_back(&m_parent.emplace(std::move(row)));
+    m_parent = std::move(row);
     return S_OK;
 }
 
 /// What all files of a kind share is found once for it, whatever the number of its files.
 HRESULT FolderItemsList::Impl::PrepareKinds() {
     CHECK_OR_RETURN(m_icons_provider->GetIcon(&m_folder_icon, Ui::FilesIconProvider::folder_key));
+    if (m_rows == nullptr) {
+        return S_OK;
+    }
     for (FileKind& kind : m_rows->kinds) {
         kind.is_shown = m_names_filter == nullptr || m_names_filter->IsValidExtension(kind.address_extension);
         if (kind.is_shown && kind.icon.IsNull()) {
@@ -194,6 +190,31 @@ HRESULT FolderItemsList::Impl::PrepareKinds() {
         }
     }
     return S_OK;
+}
+
+/// The parent before folders before files in any sorting.
+void FolderItemsList::Impl::Arrange(FolderSorting sorting) {
+    m_items.clear();
+    if (m_parent) {
+        m_items.push_back(&*m_parent);
+    }
+    if (m_rows == nullptr) {
+        return;
+    }
+    const std::vector<FolderRow*>& order = m_rows->orders[sorting.column];
+    m_items.reserve(m_items.size() + order.size());
+    const auto show = [this](FolderRow* row) {
+        if (row->kind == nullptr || row->kind->is_shown) {
+            m_items.push_back(row);
+        }
+    };
+    if (sorting.is_ascending) {
+        std::for_each(order.begin(), order.end(), show);
+    } else {
+        const auto last_folder = order.rend() - static_cast<std::ptrdiff_t>(m_rows->folder_count);
+        std::for_each(last_folder, order.rend(), show);
+        std::for_each(order.rbegin(), last_folder, show);
+    }
 }
 
 HRESULT FolderItemsList::Impl::GetSelection(std::vector<FolderItem>& out_items) const {
@@ -291,7 +312,7 @@ HRESULT FolderItemsList::Impl::List_OnHdrItemClicked(KOV::IUIX_List*, LONG colum
         m_list->SetColumn(sorted_column, KOV::UIX_ListColumn_Style, nullptr, nullptr, nullptr, 0, 0, sorted_styles, 0));
     const FolderSorting sorting{static_cast<std::size_t>(column), sorted_column != column || !old.is_ascending};
     CHECK_OR_RETURN(SetColumnSorting(sorting.column, sorting.is_ascending));
-    Sort(sorting);
+    Arrange(sorting);
     CHECK_OR_RETURN(m_list->RedrawItems(0, static_cast<LONG>(m_items.size()), 0));
     TRACE_RETURN(S_OK);
     INTERFACE_CATCH_SHORT(nullptr)

@@ -3,6 +3,7 @@
 #include <map>
 #include <utility>
 
+#include "dialog/folder_columns.h"
 #include "dialog/logical_ranks.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "platform/bstr.h"
@@ -32,6 +33,7 @@ public:
         FolderRow& row = m_rows.rows.emplace_back();
         row.item = item;
         row.is_folder = Bits::Has(attributes, KOV::AFS_FileAttribute_Folder);
+        m_rows.folder_count += row.is_folder ? 1 : 0;
         row.title = title.View();
         (void)item.info->get_CreationTime(&row.creation_time);
         (void)item.info->get_LastWriteTime(&row.last_write_time);
@@ -101,6 +103,9 @@ HRESULT FolderRows::Make(KOV::IAFS_FileSys* file_system, const std::vector<Folde
         CHECK_OR_RETURN(maker.Add(item));
     }
     maker.Rank();
+    for (std::size_t column = 0; column < rows->orders.size(); ++column) {
+        rows->orders[column] = OrderByColumn(*rows, column);
+    }
     out_rows = std::move(rows);
     TRACE_RETURN(S_OK);
 }

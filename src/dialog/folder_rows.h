@@ -1,8 +1,9 @@
 #pragma once
 
-/// What the list shows of a folder, made ready once: so that painting, sorting and filtering need no call to the file system, and
-/// none of them a look at a text's letters.
+/// What the list shows of a folder, made ready once: painting, sorting and filtering need no call to the file system, and to sort
+/// is to take another order from the shelf.
 
+#include <array>
 #include <cstdint>
 #include <deque>
 #include <memory>
@@ -45,20 +46,29 @@ struct FolderRow {
     /// Of files, in bytes.
     std::optional<ULONGLONG> size;
 
-    /// The texts of the cells, from the first time that one is asked for.
-    std::optional<std::wstring> creation_text;
-    std::optional<std::wstring> last_write_text;
-    std::optional<std::wstring> size_text;
+    /// Texts of cells that were asked for. Apart, since most rows are never looked at.
+    struct Texts {
+        std::optional<std::wstring> creation_time;
+        std::optional<std::wstring> last_write_time;
+        std::optional<std::wstring> size;
+    };
+    std::unique_ptr<Texts> texts;
 };
+
+constexpr std::size_t folder_column_count = 5;
 
 class FolderRows {
 public:
-    /// One row an item, in their order. Titles and attributes must be readable, and the first that isn't ends it with its
-    /// failure. Asks no server. Throws `std::bad_alloc`. Any thread.
+    /// One row an item. Titles and attributes must be readable, and the first that isn't ends it with its failure. Asks no
+    /// server. Throws `std::bad_alloc`. Any thread.
     static HRESULT Make(KOV::IAFS_FileSys* file_system, const std::vector<FolderItem>& items,
                         std::shared_ptr<FolderRows>& out_rows);
 
+    /// In the order of the items.
     std::vector<FolderRow> rows;
     /// A deque: rows point at them.
     std::deque<FileKind> kinds;
+    /// The rows in the ascending order of each column: the folders, then the files.
+    std::array<std::vector<FolderRow*>, folder_column_count> orders;
+    std::size_t folder_count = 0;
 };

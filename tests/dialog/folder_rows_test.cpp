@@ -1,8 +1,5 @@
 // Rows of a folder and their order in each column.
 
-#include <algorithm>
-
-#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 #include "dialog/folder_columns.h"
@@ -11,22 +8,7 @@
 
 namespace {
 
-std::vector<std::wstring> TitlesInOrder(FolderRows& rows, FolderSorting sorting, FolderRow* parent) {
-    std::vector<FolderRow*> order;
-    for (FolderRow& row : rows.rows) {
-        order.push_back(&row);
-    }
-    order.push_back(parent);
-    std::stable_sort(order.begin(), order.end(),
-                     [&](const FolderRow* a, const FolderRow* b) { return StandsBefore(*a, *b, sorting); });
-    std::vector<std::wstring> titles;
-    for (const FolderRow* const row : order) {
-        titles.push_back(row->title + (row->kind != nullptr ? row->kind->dotted_extension : L""));
-    }
-    return titles;
-}
-
-TEST(FolderRows, StandInTheOrderOfEachColumnWithTheParentBeforeFoldersBeforeFiles) {
+TEST(FolderRows, StandInTheOrderOfEachColumnWithFoldersBeforeFiles) {
     const ComPtr<NamedFolder> provider = MakeObject<NamedFolder>();
     std::shared_ptr<FolderRows> rows;
     ASSERT_EQ(FolderRows::Make(provider,
@@ -40,27 +22,19 @@ TEST(FolderRows, StandInTheOrderOfEachColumnWithTheParentBeforeFoldersBeforeFile
                                },
                                rows),
               S_OK);
-    FolderRow parent;
-    parent.title = L"..";
-    parent.is_folder = true;
-    parent.is_regular = false;
-
-    struct Row {
-        FolderSorting sorting;
+    EXPECT_EQ(rows->folder_count, 2u);
+    const std::vector<std::wstring> expected[] = {
+        {L"Alpha", L"zoo", L"A2.doc", L"a2.pdf", L"a10.pdf", L"z"}, {L"Alpha", L"zoo", L"z", L"A2.doc", L"a2.pdf", L"a10.pdf"},
+        {L"zoo", L"Alpha", L"a2.pdf", L"A2.doc", L"z", L"a10.pdf"}, {L"Alpha", L"zoo", L"a10.pdf", L"A2.doc", L"z", L"a2.pdf"},
+        {L"Alpha", L"zoo", L"a10.pdf", L"A2.doc", L"z", L"a2.pdf"},
+    };
+    static_assert(std::size(expected) == folder_column_count);
+    for (std::size_t column = 0; column < folder_column_count; ++column) {
         std::vector<std::wstring> titles;
-    };
-    const Row cases[] = {
-        {{0, true}, {L"..", L"Alpha", L"zoo", L"A2.doc", L"a2.pdf", L"a10.pdf", L"z"}},
-        {{0, false}, {L"..", L"zoo", L"Alpha", L"z", L"a10.pdf", L"a2.pdf", L"A2.doc"}},
-        {{1, true}, {L"..", L"Alpha", L"zoo", L"z", L"A2.doc", L"a2.pdf", L"a10.pdf"}},
-        {{1, false}, {L"..", L"zoo", L"Alpha", L"a10.pdf", L"a2.pdf", L"A2.doc", L"z"}},
-        {{2, true}, {L"..", L"zoo", L"Alpha", L"a2.pdf", L"A2.doc", L"z", L"a10.pdf"}},
-        {{3, false}, {L"..", L"zoo", L"Alpha", L"a2.pdf", L"z", L"A2.doc", L"a10.pdf"}},
-        {{4, true}, {L"..", L"Alpha", L"zoo", L"a10.pdf", L"A2.doc", L"z", L"a2.pdf"}},
-    };
-    for (const Row& row : cases) {
-        EXPECT_EQ(TitlesInOrder(*rows, row.sorting, &parent), row.titles)
-            << row.sorting.column << (row.sorting.is_ascending ? " up" : " down");
+        for (const FolderRow* const row : rows->orders[column]) {
+            titles.push_back(row->title + (row->kind != nullptr ? row->kind->dotted_extension : L""));
+        }
+        EXPECT_EQ(titles, expected[column]) << column;
     }
 }
 
