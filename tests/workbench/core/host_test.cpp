@@ -6,6 +6,7 @@
 #include "platform/text.h"
 #include "scripted_plugin.h"
 #include "scripted_provider.h"
+#include "workbench/core/commands.h"
 #include "workbench/core/documents.h"
 #include "workbench/core/extensions.h"
 #include "workbench/core/host.h"
@@ -156,6 +157,113 @@ TEST_F(HostTest, SettingsKeepTheSchemaThatTheModuleGaveThemWheneverItAsksForThem
     const Variant key(std::wstring_view(L"Url"));
     ComPtr<KOV::IAUX_CabItem> url;
     EXPECT_EQ(place->GetItem(&key, &url), S_OK);
+}
+
+TEST_F(HostTest, HasOneTableOfNumbersForTheWholeProgram) {
+    DWORD id = 0;
+    EXPECT_EQ(m_host->Str2ID(L"host.test.some name", VARIANT_FALSE, &id), HRESULT_FROM_WIN32(ERROR_NOT_FOUND));
+    EXPECT_EQ(m_host->Str2ID(L"host.test.some name", VARIANT_TRUE, &id), S_OK);
+    EXPECT_GE(id, 1000u);
+    DWORD ok = 0;
+    EXPECT_EQ(m_host->Str2ID(L"ok", VARIANT_FALSE, &ok), S_OK);
+    EXPECT_EQ(ok, 1u);
+    const auto other = MakeObject<Host>(HostOptions{m_folder.Path() / "other", m_folder.Path() / "none.kvp"}, m_loop);
+    DWORD other_id = 0;
+    EXPECT_EQ(other->Str2ID(L"host.test.some name", VARIANT_FALSE, &other_id), S_OK);
+    EXPECT_EQ(other_id, id);
+}
+
+TEST_F(HostTest, WritesFileTypesAndSizesAsPeopleDo) {
+    const struct {
+        const wchar_t* token;
+        LONG mode;
+        const wchar_t* filter;
+    } filters[] = {
+        {L"<pdf>", 1, L"PDF documents|*.pdf|"},
+        {L"<doc>", 0, L"Word documents|*.doc;*.docx|"},
+        {L"<all>", 1, L"All files|*.*|"},
+        {L"<allSupp>", 0, L"All supported files|*.doc;*.docx;*.xls;*.xlsx;*.ppt;*.pptx;*.vsd;*.vsdx;*.pdf|"},
+        {L"<unheard of>", 1, L""},
+    };
+    for (const auto& row : filters) {
+        Bstr filter;
+        EXPECT_EQ(m_host->GetFileFilter(row.token, row.mode, &filter), S_OK);
+        EXPECT_EQ(filter.View(), row.filter);
+    }
+    wchar_t point[8];
+    ASSERT_NE(GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_SDECIMAL, point, std::size(point)), 0);
+    const struct {
+        ULONGLONG size;
+        LONG unit;
+        std::wstring text;
+    } sizes[] = {
+        {0, -1, L"0 bytes"},
+        {1, -1, L"1 byte"},
+        {1023, -1, L"1023 bytes"},
+        {1024, -1, L"1" + std::wstring(point) + L"0 KB"},
+        {1536, -1, L"1" + std::wstring(point) + L"5 KB"},
+        {150 * 1024, -1, L"150 KB"},
+        {ULONGLONG{3} << 30, -1, L"3" + std::wstring(point) + L"0 GB"},
+        {~ULONGLONG{0}, -1, L"16777216 TB"},
+        {512, 1, L"0" + std::wstring(point) + L"5 KB"},
+    };
+    for (const auto& row : sizes) {
+        Bstr text;
+        EXPECT_EQ(m_host->FormatFileSize(row.size, row.unit, &text), S_OK);
+        std::wstring plain = text.Text();
+        wchar_t thousand[8];
+        ASSERT_NE(GetLocaleInfoW(LOCALE_USER_DEFAULT, LOCALE_STHOUSAND, thousand, std::size(thousand)), 0);
+        for (std::size_t at; (at = plain.find(thousand)) != std::wstring::npos;) {
+            plain.erase(at, std::wcslen(thousand));
+        }
+        EXPECT_EQ(plain, row.text);
+    }
+}
+
+TEST_F(HostTest, WithoutWindowsHasCommandsAndSaysWhatItLacks) {
+    ComPtr<IUnknown> extension;
+    ASSERT_EQ(m_host->GetExtension(L"UIX", &extension), S_OK);
+    const auto uix = extension.As<KOV::IUIX_Inst>();
+    constexpr HRESULT no_window = MakeHResult(0x800705B3);
+    ComPtr<KOV::IUIX_CmdManager> manager;
+    ComPtr<KOV::IUIX_CmdMenu> menu;
+    ComPtr<KOV::IUIX_CmdPanel> panel;
+    ComPtr<KOV::IUIX_Theme> theme;
+    ComPtr<KOV::IKOV_MultiSizeImage> icon;
+    EXPECT_EQ(uix->get_CmdManager(&manager), S_OK);
+    EXPECT_EQ(manager.Get(), &m_host->Commands());
+    EXPECT_EQ(uix->CreateCmdMenu(&menu), S_OK);
+    EXPECT_EQ(uix->CreateCmdPanel(&panel), S_OK);
+    EXPECT_EQ(uix->get_Theme(&theme), S_OK);
+    EXPECT_FALSE(theme.IsNull());
+    EXPECT_EQ(uix->GetIcon(L"ico.none", &icon), S_OK);
+    EXPECT_TRUE(icon.IsNull());
+    ComPtr<KOV::IUIX_Obj> object;
+    ComPtr<KOV::IUIX_CmdBar> bar;
+    ComPtr<KOV::IUIX_NumberValue> number;
+    EXPECT_EQ(uix->CreateObj(nullptr, &object), no_window);
+    EXPECT_EQ(uix->CreateCmdBar(nullptr, nullptr, nullptr, nullptr, 0, &bar), no_window);
+    EXPECT_EQ(uix->CreateNumberValue(&number), no_window);
+
+    HWND window = this;
+    ComPtr<KOV::IKOV_ProgressMon> monitor;
+    DWORD type = 3;
+    EXPECT_EQ(m_host->GetDlgOwnerWnd(0, &window), S_OK);
+    EXPECT_EQ(window, nullptr);
+    EXPECT_EQ(m_host->get_ProgressMon(&monitor), S_OK);
+    EXPECT_TRUE(monitor.IsNull());
+    EXPECT_EQ(m_host->get_AppType(&type), S_OK);
+    EXPECT_NE(type & 0xF, 3u);
+
+    ASSERT_EQ(m_host->GetExtension(L"AFS", &extension), S_OK);
+    const auto afs = extension.As<KOV::IAFS_Inst>();
+    ComPtr<KOV::IAUX_Cab> parameters;
+    EXPECT_EQ(afs->CreateDlgDefaultParams(KOV::AFS_Dlg_OpenFiles, &parameters), S_OK);
+    EXPECT_FALSE(parameters.IsNull());
+    ComPtr<KOV::IAFS_NamesCollection> names;
+    DWORD choice = 0;
+    EXPECT_EQ(afs->ShowDefaultDlg(KOV::AFS_Dlg_SelectFolder, nullptr, parameters, nullptr, &names, &choice), no_window);
+    EXPECT_EQ(choice, 2u);
 }
 
 TEST_F(HostTest, FailsInWordsWithoutAModule) {

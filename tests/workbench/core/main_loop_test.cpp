@@ -43,6 +43,30 @@ TEST(MainLoop, WithdrawsACallThatDidNotBeginInTime) {
     EXPECT_FALSE(has_run);
 }
 
+TEST(MainLoop, RefusesCallsOfOtherThreadsAtTheEndOfTheProgram) {
+    MainLoop loop;
+    bool has_run = false;
+    const auto call = [&] {
+        return loop.Call(
+            [&] {
+                has_run = true;
+                return S_OK;
+            },
+            -1);
+    };
+    auto waiting = std::async(std::launch::async, call);
+    while (MsgWaitForMultipleObjects(0, nullptr, FALSE, 1000, QS_ALLINPUT) != WAIT_OBJECT_0) {
+    }
+    loop.RefuseCalls(true);
+    EXPECT_EQ(waiting.get(), E_ABORT);
+    EXPECT_EQ(std::async(std::launch::async, call).get(), E_ABORT);
+    loop.Drain();
+    EXPECT_FALSE(has_run);
+    EXPECT_EQ(call(), S_OK) << "the main thread calls itself";
+    loop.RefuseCalls(false);
+    loop.RunWith([&] { EXPECT_EQ(call(), S_OK); });
+}
+
 TEST(MainLoop, EndsCallsThatStillWait) {
     auto loop = std::make_unique<MainLoop>();
     std::promise<void> posted;
