@@ -106,6 +106,7 @@ void BoxDialog::AddEdit(const BoxEdit& edit, QVBoxLayout& column) {
     QWidget* field = nullptr;
     if (edit.has_several_lines) {
         field = m_lines = new QPlainTextEdit(ToQString(edit.text), this);
+        m_lines->moveCursor(QTextCursor::End);
         m_lines->setTabChangesFocus(true);
         m_lines->setFixedHeight(lines_of_an_edit * fontMetrics().lineSpacing() + small_gap * 2);
     } else {
@@ -158,6 +159,8 @@ void BoxDialog::AddButtons(const Box& box, QVBoxLayout& rows) {
     row->addStretch(1);
     for (auto item = after_last; item != box.buttons.end(); ++item) {
         auto* const button = new QPushButton(ToQString(item->title), this);
+        const int label = fontMetrics().size(Qt::TextShowMnemonic, button->text()).width();
+        button->setMinimumWidth(std::max(button->sizeHint().width(), label + 2 * gap));
         Place(button, *item);
         row->addWidget(button);
     }

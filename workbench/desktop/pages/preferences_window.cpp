@@ -23,9 +23,10 @@ namespace {
 constexpr int gap = 12;
 constexpr int list_padding = 48;
 constexpr double title_size = 1.25;
-/// The least size of a page, in letters, so that the window doesn't jump between small pages.
-constexpr int page_letters = 60;
-constexpr int page_lines = 24;
+constexpr int item_spacing = 2;
+/// The size of a page, in letters, at the start, so that the window doesn't jump between ordinary pages, and the least one.
+constexpr QSize usual_page(96, 35);
+constexpr QSize least_page(50, 16);
 
 QLabel* PlainLabel(const char* name, QWidget* parent) {
     auto* const label = new QLabel(parent);
@@ -74,7 +75,8 @@ PreferencesWindow::PreferencesWindow(const Surroundings& surroundings, QWidget* 
     m_title->setFont(large);
     m_failure->setWordWrap(true);
     m_failure->hide();
-    m_stack->setMinimumSize(page_letters * fontMetrics().averageCharWidth(), page_lines * fontMetrics().lineSpacing());
+    m_list->setSpacing(item_spacing);
+    m_stack->setMinimumSize(InLetters(least_page));
 
     auto* const buttons = new QDialogButtonBox(this);
     NamedButton(*buttons, QDialogButtonBox::Ok, "btn.ok", "&OK")->setDefault(true);
@@ -110,6 +112,10 @@ PreferencesWindow::~PreferencesWindow() {
         delete page; // while the window that the page's controls lie in is whole
     }
     m_core->Destroy();
+}
+
+QSize PreferencesWindow::InLetters(const QSize& size) const {
+    return {size.width() * fontMetrics().averageCharWidth(), size.height() * fontMetrics().lineSpacing()};
 }
 
 void PreferencesWindow::AddPage(HostPage page) {
@@ -148,13 +154,20 @@ void PreferencesWindow::ShowPage(int index) {
         return; // the first page opens when the window does
     }
     page->Open();
-    const QSize wanted = size() + (page->sizeHint() - page->size()).expandedTo(QSize(0, 0));
-    resize(wanted.boundedTo(screen()->availableSize()));
+    MakeRoomFor(page->sizeHint());
+}
+
+void PreferencesWindow::MakeRoomFor(const QSize& page) {
+    const QSize missing = (page - m_stack->size()).expandedTo(QSize(0, 0));
+    resize((size() + missing).boundedTo(screen()->availableSize()));
 }
 
 void PreferencesWindow::showEvent(QShowEvent* event) {
     m_modality.emplace(m_core->Handle());
     QDialog::showEvent(event);
+    layout()->activate();
+    MakeRoomFor(InLetters(usual_page));
+    layout()->activate();
     ShowPage(m_list->currentRow());
     m_list->setFocus();
 }

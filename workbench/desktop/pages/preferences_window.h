@@ -54,6 +54,9 @@ private:
     void AddEntry(const QString& id, const QString& name, const QString& title, const QIcon& icon, const QString& tip,
                   QWidget* page);
     void ShowPage(int index);
+    QSize InLetters(const QSize& size) const;
+    /// Grows, as far as the screen allows, until a page of this size fits.
+    void MakeRoomFor(const QSize& page);
     /// False, and told in the window, when a page couldn't.
     bool Apply();
 
