@@ -15,8 +15,9 @@ HRESULT DocumentLife::ViewingStarted(Document& document) {
 }
 
 HRESULT DocumentLife::SourceChanged(Document& document, KOV::IAFS_File* file) {
-    document.SetSource(file);
+    // In this order: what the host looks for a document by isn't counted, and the document releases its old one.
     m_host.OpenDocuments().SetFile(&document, file);
+    document.SetSource(file);
     return m_host.Events().Raise(L"e.document.sourceChanged", &document);
 }
 
