@@ -110,8 +110,9 @@ void ListControl::ShowSortIndicator() {
     ListHeader& header = View()->Header();
     header.setSortIndicatorShown(sorted < Model().Columns());
     if (header.isSortIndicatorShown()) {
-        const bool is_ascending = (Model().Column(sorted).style & UIX_ListColumnStyle_IconUp) != 0;
-        header.setSortIndicator(sorted, is_ascending ? Qt::AscendingOrder : Qt::DescendingOrder);
+        // The styles name the arrow; Qt draws one that points up for its descending order.
+        const bool points_up = (Model().Column(sorted).style & UIX_ListColumnStyle_IconUp) != 0;
+        header.setSortIndicator(sorted, points_up ? Qt::DescendingOrder : Qt::AscendingOrder);
     }
 }
 

@@ -30,10 +30,15 @@ void ListHeader::AddColumn(int index, int width, int whole) {
 
 void ListHeader::FitTo(int whole) {
     m_whole = std::max(whole, 1);
+    if (m_shares.empty()) {
+        return;
+    }
     m_is_fitting = true;
     for (std::size_t column = 0; column + 1 < m_shares.size(); ++column) {
         resizeSection(static_cast<int>(column), std::max(least_width, static_cast<int>(std::lround(m_shares[column] * m_whole))));
     }
+    // What is left goes to the last column by itself, but never less than it had before.
+    resizeSection(static_cast<int>(m_shares.size()) - 1, least_width);
     m_is_fitting = false;
 }
 

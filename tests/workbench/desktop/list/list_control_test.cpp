@@ -328,12 +328,12 @@ TEST_F(List, ShowsTheSortingThatTheColumnsStylesName) {
         DWORD style_of_name;
         DWORD style_of_length;
         int shown;
-        Qt::SortOrder order;
+        Qt::SortOrder order; // whose arrow Qt draws
     };
     const Row table[] = {
-        {UIX_ListColumnStyle_IconUp, 0, 0, Qt::AscendingOrder},
-        {UIX_ListColumnStyle_IconDown, 0, 0, Qt::DescendingOrder},
-        {0, UIX_ListColumnStyle_IconDown, 1, Qt::DescendingOrder},
+        {UIX_ListColumnStyle_IconUp, 0, 0, Qt::DescendingOrder},
+        {UIX_ListColumnStyle_IconDown, 0, 0, Qt::AscendingOrder},
+        {0, UIX_ListColumnStyle_IconUp, 1, Qt::DescendingOrder},
         {0, 0, -1, Qt::AscendingOrder},
     };
     constexpr DWORD both = UIX_ListColumnStyle_IconUp | UIX_ListColumnStyle_IconDown;
@@ -430,9 +430,13 @@ TEST_F(List, FindsRowsByTheStartOfTheirNames) {
 
 TEST_F(List, ColumnsKeepTheirSharesOfTheWidth) {
     QHeaderView& header = *View().header();
+    EXPECT_EQ(list->InsertColumn(-1, 48, L"Last", 0, L"", 0, 0), S_OK);
     EXPECT_EQ(header.sectionSize(0), 400);
-    EXPECT_EQ(header.sectionSize(1), View().viewport()->width() - 400) << "the last one takes what is left";
-    const double before = 1.0 * header.sectionSize(0) / View().viewport()->width();
+    EXPECT_EQ(header.sectionSize(1), 150);
+    EXPECT_EQ(header.sectionSize(2), View().viewport()->width() - 550) << "the last one takes what is left";
+    Fill(1000); // with a scroll bar beside the columns
+    EXPECT_LE(header.length(), View().viewport()->width());
+    const double before = 400.0 / 598;
     window->resize(1200, 300);
     QCoreApplication::processEvents();
     EXPECT_NEAR(1.0 * header.sectionSize(0) / View().viewport()->width(), before, 0.005);
