@@ -136,11 +136,13 @@ HRESULT ListControl::DeleteAllItems() {
     return S_OK;
 }
 
-HRESULT ListControl::RedrawItems(LONG first, LONG count, DWORD) {
+HRESULT ListControl::RedrawItems(LONG, LONG, DWORD) {
     if (View() == nullptr) {
         return window_is_gone;
     }
-    Model().Redraw(first, count);
+    // Nothing of a row is kept, so what doesn't show needs no word; and the views of Qt take a long time over a long range.
+    Model().Settle();
+    View()->viewport()->update();
     return S_OK;
 }
 
@@ -177,6 +179,7 @@ HRESULT ListControl::put_Callbacks(KOV::IUIX_ListCallbacks* callbacks) {
         return window_is_gone;
     }
     Model().SetCallbacks(callbacks == nullptr ? nullptr : this, callbacks);
+    View()->viewport()->update();
     return S_OK;
 }
 

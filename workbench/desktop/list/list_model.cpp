@@ -17,6 +17,13 @@ QString OnOneLine(QString text) {
     return text;
 }
 
+bool BeginsWith(std::wstring_view text, std::wstring_view folded_start) {
+    return text.size() >= folded_start.size() &&
+           std::equal(folded_start.begin(), folded_start.end(), text.begin(), [](wchar_t folded, wchar_t character) {
+               return QChar::toCaseFolded(static_cast<char32_t>(character)) == static_cast<char32_t>(folded);
+           });
+}
+
 KOV::UiListItemId ItemId(const QModelIndex& index) { return {index.row(), index.column()}; }
 
 } // namespace
@@ -24,7 +31,6 @@ KOV::UiListItemId ItemId(const QModelIndex& index) { return {index.row(), index.
 void ListModel::SetCallbacks(KOV::IUIX_List* list, KOV::IUIX_ListCallbacks* callbacks) {
     m_list = list;
     m_callbacks = callbacks;
-    Redraw(0, m_rows);
 }
 
 void ListModel::InsertColumn(int index, ListColumn column) {
@@ -62,15 +68,6 @@ void ListModel::RemoveAllRows() {
     endResetModel();
 }
 
-void ListModel::Redraw(int first, int count) {
-    Settle();
-    const int begin = std::max(first, 0);
-    const int end = static_cast<int>(std::min<LONGLONG>(LONGLONG{first} + count, m_rows));
-    if (begin < end && !m_columns.empty()) {
-        emit dataChanged(index(begin, 0), index(end - 1, Columns() - 1));
-    }
-}
-
 ListModel::Text ListModel::TextOf(const QModelIndex& index) const {
     const ComPtr<KOV::IUIX_ListCallbacks> callbacks = m_callbacks;
     const ComPtr<KOV::IUIX_List> list = m_list;
@@ -100,6 +97,23 @@ ListModel::Image ListModel::ImageOf(const QModelIndex& index) const {
         return {};
     }
     return {IconOf(image), QSize(size.cx, size.cy), std::clamp(opacity, 0.0, 1.0)};
+}
+
+int ListModel::FindRow(const QString& start, int from) const {
+    const ComPtr<KOV::IUIX_ListCallbacks> callbacks = m_callbacks;
+    const ComPtr<KOV::IUIX_List> list = m_list;
+    const std::wstring folded = start.toCaseFolded().toStdWString();
+    for (int step = 0; step < m_rows && !callbacks.IsNull(); ++step) {
+        const KOV::UiListItemId id{(from + step) % m_rows, 0};
+        LPCWSTR text = nullptr;
+        ULONG length = 0;
+        DWORD flags = 0;
+        if (callbacks->List_OnGetItemText(list, &id, &text, &length, &flags) == S_OK && text != nullptr &&
+            BeginsWith({text, length}, folded)) {
+            return id.nItem;
+        }
+    }
+    return -1;
 }
 
 int ListModel::rowCount(const QModelIndex& parent) const { return parent.isValid() ? 0 : m_rows; }

@@ -50,11 +50,12 @@ public:
     /// Tells views of rows that wait.
     void Settle();
     void RemoveAllRows();
-    /// Has the cells of some rows asked again.
-    void Redraw(int first, int count);
 
     Text TextOf(const QModelIndex& index) const;
     Image ImageOf(const QModelIndex& index) const;
+    /// The first row from `from` on, and round to it again, whose first cell begins with `start` in any case; -1 without one. The
+    /// one pass over all rows there is: it makes nothing of a row.
+    int FindRow(const QString& start, int from) const;
 
     int rowCount(const QModelIndex& parent = {}) const override;
     int columnCount(const QModelIndex& parent = {}) const override;

@@ -156,20 +156,9 @@ void ListView::keyboardSearch(const QString& typed) {
     m_typed += typed;
     // One letter again and again goes from row to row of that letter.
     const bool is_one_letter = m_typed.count(m_typed[0], Qt::CaseInsensitive) == m_typed.size();
-    const int found = FindRow(is_one_letter ? m_typed.left(1) : m_typed, is_one_letter ? current + 1 : qMax(current, 0));
+    const int found = m_model.FindRow(is_one_letter ? m_typed.left(1) : m_typed, is_one_letter ? current + 1 : qMax(current, 0));
     if (found >= 0) {
         setCurrentIndex(m_model.index(found, 0));
     }
     m_row_of_typed = currentIndex().row();
-}
-
-int ListView::FindRow(const QString& start, int from) const {
-    const int rows = m_model.rowCount();
-    for (int step = 0; step < rows; ++step) {
-        const int row = (from + step) % rows;
-        if (m_model.TextOf(m_model.index(row, 0)).text.startsWith(start, Qt::CaseInsensitive)) {
-            return row;
-        }
-    }
-    return -1;
 }

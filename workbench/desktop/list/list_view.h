@@ -63,7 +63,6 @@ private:
     void EndGesture();
     void TellSelection();
     void OnHeaderClicked(int column);
-    int FindRow(const QString& start, int from) const;
 
     ListModel& m_model;
     ListHeader* m_header;

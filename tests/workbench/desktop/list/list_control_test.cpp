@@ -481,6 +481,22 @@ TEST_F(List, DrawsImagesWithTheirOpacityAndTextsOnTheirSide) {
     EXPECT_NEAR(faded, full / 4, 12);
 }
 
+TEST_F(List, AsksAgainForWhatShowsWhenItIsToldSo) {
+    Fill(100'000);
+    const auto questions_of = [&](auto&& change) {
+        QCoreApplication::processEvents();
+        rows->questions = 0;
+        change();
+        QCoreApplication::processEvents();
+        return rows->questions;
+    };
+    EXPECT_EQ(questions_of([] {}), 0);
+    const int of_redraw = questions_of([&] { EXPECT_EQ(list->RedrawItems(0, 100'000, 0), S_OK); });
+    EXPECT_GT(of_redraw, 0);
+    EXPECT_LT(of_redraw, 200);
+    EXPECT_GT(questions_of([&] { EXPECT_EQ(list->put_Callbacks(rows), S_OK); }), 0);
+}
+
 TEST_F(List, HoldsItsCallbacksDuringACall) {
     Fill(3);
     const ComPtr<Rows> others = MakeObject<Rows>();
