@@ -91,7 +91,7 @@ void Window::Build(const KOV::CreateUiObjectParameters& parameters, const Surrou
     column->setContentsMargins(0, 0, 0, 0);
     column->setSpacing(0);
     MakePane();
-    column->addWidget(m_form);
+    column->addWidget(m_form, 1);
     for (std::size_t index = 0; index < m_form->Shown().items.size(); ++index) {
         MakeControl(index);
     }

@@ -6,6 +6,8 @@
 
 #include <QLineEdit>
 #include <QSignalBlocker>
+#include <QStyle>
+#include <QStyleOptionComboBox>
 #include <QWheelEvent>
 
 #include "workbench/desktop/objects/images.h"
@@ -16,13 +18,25 @@ namespace {
 constexpr int parameter_role = Qt::UserRole;
 /// Items longer than that are elided; a list of patterns would make the window as wide as the screen.
 constexpr int most_letters = 32;
+constexpr int icon_gap = 4;
 
 class ComboFace final : public QComboBox {
 public:
     explicit ComboFace(QWidget* parent) : QComboBox(parent) {
         setFocusPolicy(Qt::StrongFocus);
         setInsertPolicy(QComboBox::NoInsert);
-        setSizeAdjustPolicy(QComboBox::AdjustToContents);
+    }
+
+    /// What the widest item needs, or `most` for its text if that is less. Qt's own hint is taken once, at the first showing.
+    int LeastWidth(int most) const {
+        int widest = 0;
+        for (int row = 0; row < count(); ++row) {
+            const int icon = itemIcon(row).isNull() ? 0 : iconSize().width() + icon_gap;
+            widest = std::max(widest, std::min(fontMetrics().horizontalAdvance(itemText(row)), most) + icon);
+        }
+        QStyleOptionComboBox option;
+        initStyleOption(&option);
+        return style()->sizeFromContents(QStyle::CT_ComboBox, &option, QSize(widest, 0), this).width();
     }
 
 protected:
@@ -64,7 +78,8 @@ QSize Combo::Least() const {
         return {0, 0};
     }
     const int most = Face()->fontMetrics().averageCharWidth() * most_letters;
-    return {Face()->lineEdit() != nullptr ? 0 : std::min(Face()->sizeHint().width(), most), Face()->sizeHint().height()};
+    const int width = Face()->lineEdit() != nullptr ? 0 : static_cast<const ComboFace*>(Face())->LeastWidth(most);
+    return {width, Face()->sizeHint().height()};
 }
 
 void Combo::OnChosen(int index) {
@@ -141,6 +156,7 @@ HRESULT Combo::InsertItem(LONG index, LPCWSTR text, LPCWSTR tip, KOV::IKOV_Multi
     if (tip != nullptr) {
         Face()->setItemData(row, PlainTip(Shown(tip)), Qt::ToolTipRole);
     }
+    Face()->updateGeometry();
     // Qt selects the first item by itself; here nothing is selected, and no text typed, until somebody does it.
     Select(m_selected >= row ? m_selected + 1 : m_selected);
     if (Face()->lineEdit() != nullptr) {

@@ -52,6 +52,8 @@ public:
         }
         return Invalid;
     }
+    /// What is unfinished when the field is left becomes the number again.
+    void fixup(QString& text) const override { text = ToQString(m_number->Text()); }
 
 private:
     const ComPtr<NumberValue> m_number;
