@@ -51,7 +51,7 @@ public:
     /// Begins anew with the bytes of the source; unsaved changes and the history go.
     void Replace(const FillVersion& fill, CopySource source);
     /// When the program ends: the unsaved version is offered at the next start.
-    void KeepForLater() noexcept { m_copy->Keep(); }
+    void KeepForLater() noexcept { m_copy->Keep(true); }
 
 signals:
     /// Other bytes are shown.

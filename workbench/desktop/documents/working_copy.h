@@ -45,7 +45,7 @@ struct LeftCopy {
     std::filesystem::path Content() const;
 };
 
-/// The files of one open document. Holds their lock; without `Keep`, they go with it. All failures are HostException. One thread
+/// The files of one open document. Holds their lock; unless they are kept, they go with it. All failures are HostException. One thread
 /// at a time.
 class WorkingCopy {
     /// Only this class makes objects of itself.
@@ -76,8 +76,8 @@ public:
     /// Writes down at once what a later run needs to know.
     void SetSource(CopySource source);
     void SetState(CopyState state);
-    /// The files stay when this object goes: a later run offers them.
-    void Keep() noexcept { m_is_kept = true; }
+    /// With true, the files stay when this object goes: a later run offers them.
+    void Keep(bool is_kept) noexcept { m_is_kept = is_kept; }
 
 private:
     void WriteFacts() const;

@@ -125,7 +125,7 @@ TEST_F(LeftBehind, FactsThatCannotBeReadAreNotOffered) {
     Crash([&] {
         const auto copy = Modified(documents, pdf);
         std::ofstream(copy->VersionFile(1).parent_path() / "facts.json") << "{\"version\": ";
-        copy->Keep();
+        copy->Keep(true);
     });
     EXPECT_TRUE(WorkingCopy::Left(documents).empty());
 }

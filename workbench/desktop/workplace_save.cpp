@@ -1,0 +1,335 @@
+#include <QFileDialog>
+#include <QFileInfo>
+
+#include "workbench/desktop/ask.h"
+#include "workbench/desktop/desk_settings.h"
+#include "workbench/desktop/local_files.h"
+#include "workbench/desktop/objects/text.h"
+#include "workbench/desktop/server_dialog.h"
+#include "workbench/desktop/workplace.h"
+
+namespace {
+
+constexpr HRESULT file_not_found = MakeHResult(0x80070002);
+constexpr DWORD read_existing = KOV::AFS_OpenFile_Read | KOV::AFS_OpenFile_OpenExisting | KOV::AFS_OpenFile_AllowUI;
+constexpr DWORD write_always =
+    KOV::AFS_OpenFile_Read | KOV::AFS_OpenFile_Write | KOV::AFS_OpenFile_OpenAlways | KOV::AFS_OpenFile_AllowUI;
+
+std::wstring SavingText(const QString& title) { return L"Saving <b>" + ToWide(title) + L"</b>\u2026"; }
+
+std::wstring NotSaved(const QString& title) { return L"<b>" + ToWide(title) + L"</b> isn't saved."; }
+
+} // namespace
+
+void Workplace::Save(DocumentTab& tab, Then then) {
+    const CopySource& source = tab.Pdf().Source();
+    if (tab.IsBusy()) {
+        then(false);
+    } else if (source.url.isEmpty() && source.path.isEmpty()) {
+        SaveAs(tab, std::move(then));
+    } else if (!MayOverwrite(tab, then)) {
+        return;
+    } else if (source.url.isEmpty()) {
+        then(SaveLocal(tab, source.path));
+    } else if (tab.File().IsNull()) {
+        Attach(tab, [this, &tab, then = std::move(then)](bool is_done) { is_done ? Save(tab, then) : then(false); });
+    } else {
+        SendToSource(tab, std::move(then));
+    }
+}
+
+bool Workplace::MayOverwrite(DocumentTab& tab, Then& then) {
+    const CopySource& source = tab.Pdf().Source();
+    const bool is_newer = source.url.isEmpty()
+                              ? source.stamp && StampOfLocalFile(source.path) != source.stamp && QFileInfo::exists(source.path)
+                              : tab.is_outdated;
+    if (!is_newer) {
+        return true;
+    }
+    enum : std::size_t { overwrite, elsewhere };
+    switch (Choose(m_services.questions,
+                   L"Somebody else has changed <b>" + ToWide(source.title) + L"</b> since your changes began from it.",
+                   {L"&Overwrite\n- the other changes will be lost", L"Save &As\u2026", L"&Cancel"})) {
+    case overwrite:
+        tab.is_outdated = false;
+        return true;
+    case elsewhere:
+        SaveAs(tab, std::move(then));
+        return false;
+    default:
+        then(false);
+        return false;
+    }
+}
+
+/// Opens the server's file of a document that was recovered while the server couldn't be reached.
+void Workplace::Attach(DocumentTab& tab, Then then) {
+    const std::wstring url = ToWide(tab.Pdf().Source().url);
+    const std::shared_ptr<Bind> bind = m_services.binds.For(url);
+    const auto file = std::make_shared<ComPtr<KOV::IAFS_File>>();
+    const auto stamp = std::make_shared<std::optional<Stamp>>();
+    tab.BeginWork(tr("Connecting\u2026"));
+    bind->Work().Post({
+        [this, bind = bind.get(), url, file, stamp](KOV::IKOV_Flag* cancel) {
+            const ServerAccess access = Access(cancel);
+            *file = OpenDocument(access, NameOf(access, url, bind->Root(access, url)), read_existing);
+            *stamp = KnownStamp(access, *file);
+        },
+        [this, &tab, bind, file, stamp, then = std::move(then)](const Outcome& outcome) {
+            tab.EndWork();
+            if (!outcome.HasSucceeded()) {
+                TellFailure(m_services.questions, NotSaved(tab.Title()), outcome.message);
+                then(false);
+                return;
+            }
+            tab.is_outdated = *stamp != tab.Pdf().Source().stamp;
+            tab.SetConnection(bind);
+            m_life.SourceChanged(tab.Core(), *file);
+            then(true);
+        },
+        m_services.NewMonitor(SavingText(tab.Title())),
+    });
+}
+
+bool Workplace::SaveLocal(DocumentTab& tab, const QString& path) {
+    const Outcome outcome = OutcomeOf([&] { ReplaceLocalFile(path, tab.Pdf().Content()); });
+    if (!outcome.HasSucceeded()) {
+        TellFailure(m_services.questions, NotSaved(tab.Title()), outcome.message);
+        return false;
+    }
+    tab.Pdf().MarkSaved(tab.Pdf().Version(),
+                        {.path = path, .title = QFileInfo(path).fileName(), .stamp = StampOfLocalFile(path)});
+    return true;
+}
+
+Workplace::SavePlan Workplace::PlanOf(DocumentTab& tab) const { return {tab.File(), tab.Pdf().Version(), tab.Pdf().Content()}; }
+
+void Workplace::SendToSource(DocumentTab& tab, Then then) {
+    const SavePlan plan = PlanOf(tab);
+    const auto result = std::make_shared<SaveResult>();
+    const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(SavingText(tab.Title()));
+    tab.BeginWork(tr("Saving\u2026"));
+    tab.Connection()->Work().Post({
+        [this, plan, result, monitor](KOV::IKOV_Flag* cancel) {
+            ReopenForWriting(Access(cancel), plan.file);
+            SendToServer(Access(cancel), plan.file, plan.content, monitor, *result);
+        },
+        [this, &tab, plan, result, then = std::move(then)](const Outcome& outcome) {
+            tab.EndWork();
+            then(FinishSave(tab, plan, *result, outcome));
+        },
+        monitor,
+    });
+}
+
+/// What was sent is saved, whatever came after; a failure is told.
+bool Workplace::FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveResult& result, const Outcome& outcome) {
+    if (result.is_sent) {
+        tab.Pdf().MarkSaved(plan.version, result.source);
+    }
+    if (outcome.HasSucceeded() || outcome.IsCanceled()) {
+        return result.is_sent;
+    }
+    if (outcome.result == file_not_found && !result.is_sent) {
+        if (Choose(m_services.questions,
+                   L"<b>" + ToWide(tab.Title()) + L"</b> isn't on the server any more, so it can't be saved there.",
+                   {L"Save &As\u2026", L"&Cancel"}) == 0) {
+            SaveAs(tab, [](bool) {});
+        }
+        return false;
+    }
+    TellFailure(m_services.questions,
+                result.is_sent ? L"<b>" + ToWide(tab.Title()) + L"</b> is saved, but what follows a save failed."
+                               : NotSaved(tab.Title()),
+                outcome.message);
+    return result.is_sent;
+}
+
+/// The module's command saves and goes on when it is done. On the worker of the document this is a part of its job; the main
+/// thread turns its loop meanwhile.
+HRESULT Workplace::SaveNow(DocumentTab& tab, KOV::IKOV_ProgressMon* given) {
+    SavePlan plan;
+    std::shared_ptr<Bind> bind;
+    ComPtr<ProgressMonitor> monitor = dynamic_cast<ProgressMonitor*>(given);
+    const HRESULT planned = m_services.loop.Call(
+        [&] {
+            plan = PlanOf(tab);
+            bind = tab.Connection();
+            monitor = monitor.IsNull() ? m_services.NewMonitor(SavingText(tab.Title())) : monitor;
+            monitor->put_Text(SavingText(tab.Title()).c_str());
+            return plan.file.IsNull() ? (SaveLocal(tab, tab.Pdf().Source().path) ? S_FALSE : E_FAIL) : S_OK;
+        },
+        -1);
+    if (planned != S_OK) {
+        return planned == S_FALSE ? S_OK : planned;
+    }
+    SaveResult result;
+    Outcome outcome;
+    const auto send = [&](KOV::IKOV_Flag* cancel) {
+        ReopenForWriting(Access(cancel), plan.file);
+        SendToServer(Access(cancel), plan.file, plan.content, monitor, result);
+    };
+    if (bind->Work().IsThisThread()) {
+        monitor->Start();
+        outcome = OutcomeOf([&] { send(MakeCancelFlag(monitor)); });
+        monitor->Stop();
+    } else {
+        const HRESULT called = m_services.loop.Call(
+            [&] {
+                outcome = RunAndTurn(bind->Work(), send, monitor);
+                return S_OK;
+            },
+            -1);
+        outcome = SUCCEEDED(called) ? outcome : Outcome{called, {}};
+    }
+    const HRESULT finished = m_services.loop.Call([&] { return FinishSave(tab, plan, result, outcome) ? S_OK : S_FALSE; }, -1);
+    return finished == S_OK ? S_OK : FAILED(outcome.result) ? outcome.result : E_FAIL;
+}
+
+/// The worker of the document may stand inside its file meanwhile and wait for this, so another thread fetches.
+HRESULT Workplace::Reload(DocumentTab& tab) {
+    const ComPtr<KOV::IAFS_File> file = tab.File();
+    if (file.IsNull()) {
+        return E_UNEXPECTED;
+    }
+    const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(L"Reloading <b>" + ToWide(tab.Title()) + L"</b>\u2026");
+    Worker beside(m_services.loop);
+    tab.BeginWork(tr("Reloading\u2026"));
+    const Outcome outcome = OutcomeOf([&] {
+        CopySource source = tab.Pdf().Source();
+        const auto fetch = [&](int target) {
+            const Outcome fetched = RunAndTurn(
+                beside,
+                [&](KOV::IKOV_Flag* cancel) {
+                    const ServerAccess access = Access(cancel);
+                    ExecDocument(access, file, L"ResetCache", nullptr);
+                    FetchAgain(access, file, target, monitor);
+                    source = SourceOf(access, file);
+                },
+                monitor);
+            if (!fetched.HasSucceeded()) {
+                throw Failure{fetched.result, fetched.message};
+            }
+        };
+        tab.Pdf().Replace(fetch, source);
+        tab.Pdf().SetSource(source);
+        tab.is_outdated = false;
+    });
+    tab.EndWork();
+    if (!outcome.HasSucceeded() && !outcome.IsCanceled()) {
+        TellFailure(m_services.questions, L"<b>" + ToWide(tab.Title()) + L"</b> can't be reloaded.", outcome.message);
+    }
+    return outcome.result;
+}
+
+void Workplace::SaveAs(DocumentTab& tab, Then then) {
+    const QString suggested = tab.Pdf().Source().path.isEmpty() ? tab.Title() : tab.Pdf().Source().path;
+    QFileDialog dialog(m_services.window(), tr("Save As"), suggested);
+    dialog.setObjectName("dlg.save_as");
+    dialog.setAcceptMode(QFileDialog::AcceptSave);
+    dialog.setFileMode(QFileDialog::AnyFile);
+    dialog.selectFile(suggested);
+    if (dialog.exec() != QDialog::Accepted) {
+        then(false);
+        return;
+    }
+    const QString path = dialog.selectedFiles().value(0);
+    if (DocumentTab* const other = Find(path); other != nullptr && other != &tab) {
+        TellFailure(m_services.questions, NotSaved(tab.Title()), L"A document is open that lies there.");
+        then(false);
+        return;
+    }
+    const ComPtr<KOV::IAFS_File> old = tab.File();
+    const std::shared_ptr<Bind> old_bind = tab.Connection();
+    const QString old_url = tab.Pdf().Source().url;
+    const bool is_done = SaveLocal(tab, path);
+    if (is_done) {
+        tab.is_outdated = false;
+        tab.SetConnection(nullptr);
+        m_life.SourceChanged(tab.Core(), nullptr);
+        LeaveFile(old, old_bind, old_url, tab.newest_unsaved_before);
+        m_services.settings.AddRecent(path);
+        emit RecentChanged();
+    }
+    then(is_done);
+}
+
+void Workplace::SaveTo(DocumentTab& tab, const QString& place_url, Then then) {
+    const std::wstring url = ToWide(place_url);
+    const std::shared_ptr<Bind> bind = m_services.binds.IdleFor(url);
+    const auto name = std::make_shared<ComPtr<KOV::IAFS_Name>>();
+    const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(L"Connecting to <b>" + url + L"</b>\u2026");
+    tab.BeginWork(tr("Choosing a place\u2026"));
+    bind->Work().Post({
+        [this, bind = bind.get(), url, name, monitor, title = ToWide(tab.Title())](KOV::IKOV_Flag* cancel) {
+            const ServerAccess access = Access(cancel);
+            const ComPtr<KOV::IAFS_Name> folder = NameOf(access, url, bind->Root(access, url));
+            monitor->Stop();
+            *name = ShowSaveDialog(access, folder, title, m_frame);
+        },
+        [this, &tab, bind, name, then = std::move(then)](const Outcome& outcome) {
+            tab.EndWork();
+            if (outcome.HasSucceeded()) {
+                SaveToName(tab, bind, *name, then);
+                return;
+            }
+            if (!outcome.IsCanceled()) {
+                TellFailure(m_services.questions, NotSaved(tab.Title()), outcome.message);
+            }
+            then(false);
+        },
+        monitor,
+    });
+}
+
+/// Makes the file on the server, or opens the one that is to be replaced, and moves the document there.
+void Workplace::SaveToName(DocumentTab& tab, const std::shared_ptr<Bind>& bind, ComPtr<KOV::IAFS_Name> name, Then then) {
+    const QString url = ToQString(UrlOf(m_services.host.Provider(), name));
+    if (Find(url) == &tab) {
+        Save(tab, std::move(then));
+        return;
+    }
+    if (Find(url) != nullptr) {
+        TellFailure(m_services.questions, NotSaved(tab.Title()), L"A document is open that lies there.");
+        then(false);
+        return;
+    }
+    const auto plan = std::make_shared<SavePlan>(PlanOf(tab));
+    plan->file = nullptr;
+    const auto result = std::make_shared<SaveResult>();
+    const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(SavingText(url.section('/', -1)));
+    tab.BeginWork(tr("Saving\u2026"));
+    bind->Work().Post({
+        [this, plan, name, result, monitor](KOV::IKOV_Flag* cancel) {
+            const ServerAccess access = Access(cancel);
+            plan->file = OpenDocument(access, name, write_always);
+            SendToServer(access, plan->file, plan->content, monitor, *result);
+        },
+        [this, &tab, bind, plan, result, then = std::move(then)](const Outcome& outcome) {
+            tab.EndWork();
+            if (result->is_sent) {
+                MoveTo(tab, plan->file, bind);
+            } else {
+                LetGo(std::move(plan->file), bind);
+            }
+            const bool is_done = FinishSave(tab, *plan, *result, outcome);
+            if (is_done) {
+                m_services.settings.AddRecent(tab.Place());
+                emit RecentChanged();
+            }
+            then(is_done);
+        },
+        monitor,
+    });
+}
+
+/// The document lies in another file from now on, and the old one is left.
+void Workplace::MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, const std::shared_ptr<Bind>& bind) {
+    const ComPtr<KOV::IAFS_File> old = tab.File();
+    const std::shared_ptr<Bind> old_bind = tab.Connection();
+    const QString old_url = tab.Pdf().Source().url;
+    tab.SetConnection(bind);
+    tab.is_outdated = false;
+    m_life.SourceChanged(tab.Core(), file);
+    LeaveFile(old, old_bind, old_url, tab.newest_unsaved_before);
+}
