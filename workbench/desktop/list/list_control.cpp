@@ -67,7 +67,8 @@ HRESULT ListControl::InsertColumn(LONG index, LONG width, LPCWSTR title, DWORD, 
         return E_INVALIDARG;
     }
     Model().InsertColumn(place, {Shown(title), Shown(hint)});
-    View()->Header().AddColumn(place, width, View()->viewport()->width());
+    // Before the first showing the viewport hasn't got its size yet.
+    View()->Header().AddColumn(place, width, (View()->isVisible() ? View()->viewport() : View())->contentsRect().width());
     return S_OK;
 }
 

@@ -44,9 +44,8 @@ Growth LetsGrow(const LayoutItem&) { return lets_grow; }
 Growth GrowsMost(const LayoutItem&) { return {true, 4}; }
 Growth ComboAcross(const LayoutItem&) { return {true, 2}; }
 Growth PictureAcross(const LayoutItem& item) { return (item.style & picture_style_line) != 0 ? lets_grow : stays; }
-/// A label that names a control stays beside it; one that shows a path gains a little.
 Growth LabelAcross(const LayoutItem& item) {
-    return (item.draw_text_flags & label_text_ellipsis_in_the_middle) != 0 ? Growth{true, 1} : Growth{true, -3};
+    return (item.draw_text_flags & label_text_ellipsis_in_the_middle) != 0 ? Growth{true, 1} : lets_grow;
 }
 Growth EditAcross(const LayoutItem& item) { return (item.style & edit_style_number) != 0 ? stays : Growth{true, 3}; }
 Growth EditDown(const LayoutItem& item) { return (item.style & edit_style_many_lines) != 0 ? Growth{true, 3} : stays; }

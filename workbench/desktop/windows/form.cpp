@@ -34,6 +34,9 @@ Scale ScaleOf(const QFontMetrics& metrics) {
 
 Span SpanOf(int from, int length, int least, Growth growth) { return {from, from + length, least, growth.may_grow, growth.gain}; }
 
+/// What keeps a label beside the control that it names, rather than a growing gap between them.
+Span Bond(const LayoutItem& label, const LayoutItem& named) { return {label.rect.x(), named.rect.x(), 0, true, -3}; }
+
 bool IsOneLine(const LayoutItem& item) {
     return item.kind == ElementKind::combo || item.kind == ElementKind::check || item.kind == ElementKind::button ||
            (item.kind == ElementKind::edit && (item.style & edit_style_many_lines) == 0);
@@ -106,7 +109,7 @@ const Form::Plans& Form::Measured() const {
     if (m_plans != nullptr) {
         return *m_plans;
     }
-    std::vector<Span> across;
+    std::vector<Span> across; // of all items, then bonds
     std::vector<Span> down;
     std::vector<Span> strip;
     for (std::size_t index = 0; index < m_layout.items.size(); ++index) {
@@ -116,6 +119,11 @@ const Form::Plans& Form::Measured() const {
         across.push_back(SpanOf(item.rect.x(), item.rect.width(), least.width(), element.horizontal(item)));
         (IsInStrip(item) ? strip : down)
             .push_back(SpanOf(item.rect.y(), item.rect.height(), least.height(), element.vertical(item)));
+    }
+    for (std::size_t index = 0; index < m_named.size(); ++index) {
+        if (m_named[index] != names_nothing && m_layout.items[index].kind == ElementKind::label) {
+            across.push_back(Bond(m_layout.items[index], m_layout.items[m_named[index]]));
+        }
     }
     const Scale scale = ScaleOf(fontMetrics());
     m_plans =

@@ -26,8 +26,9 @@ const std::array<std::wstring, 7>& SampleNames() {
 
 constexpr LPCWSTR sample_path =
     L"https://server.example/sites/team/Shared Documents/A folder with a long name/Another one/Reports";
-constexpr LONG name_column_width = 300;
-constexpr LONG other_column_width = 110;
+/// Of a list's width.
+constexpr double name_column_share = 0.7;
+constexpr double other_column_share = 0.3;
 
 class SampleRows final : public cCoClassUnknownT<KOV::IUIX_ListCallbacks> {
 private:
@@ -130,8 +131,12 @@ private:
     }
     void FillList(KOV::IUIX_List& list) {
         (void)list.put_Callbacks(MakeObject<SampleRows>());
-        (void)list.InsertColumn(-1, name_column_width, L"Name", 0, L"The name", 0, 0);
-        (void)list.InsertColumn(-1, other_column_width, L"Size", 0, L"The size", 0, 0);
+        ComPtr<KOV::IUIX_Obj> object;
+        RECT area{};
+        (void)list.get_Obj(&object);
+        (void)object->get_ClientRect(&area);
+        (void)list.InsertColumn(-1, static_cast<LONG>(area.right * name_column_share), L"Name", 0, L"The name", 0, 0);
+        (void)list.InsertColumn(-1, static_cast<LONG>(area.right * other_column_share), L"Size", 0, L"The size", 0, 0);
         for (std::size_t row = 0; row < SampleNames().size(); ++row) {
             (void)list.InsertItem(-1, 0, 0);
         }
@@ -167,7 +172,7 @@ std::string_view ControlsLayout() {
     return R"(<dialogs><dialog id="Controls" title="Controls" width="640" height="420" foreground="0" defItem="on.button"><items>
 <group id="on.group" x="8" y="6" width="304" height="250" text="Enabled"/>
 <group id="off.group" x="328" y="6" width="304" height="250" text="Disabled"/>
-<label id="on.label" x="20" y="31" width="80" height="15" text="Na&amp;me:" drawTextFlags="#00000504"/>
+<label id="on.label" x="20" y="31" width="80" height="15" text="Na&amp;me:" drawTextFlags="#00000507"/>
 <edit id="on.edit" x="108" y="28" width="192" height="20" style="#00000002"/>
 <label id="on.combo.label" x="20" y="57" width="80" height="15" text="&amp;Action:" drawTextFlags="#00000507"/>
 <combo id="on.combo" x="108" y="54" width="192" height="20" style="#00000002"/>
@@ -181,7 +186,7 @@ std::string_view ControlsLayout() {
 <edit id="on.days" x="108" y="218" width="38" height="20" style="#00040002"/>
 <picture id="on.picture" x="170" y="214" width="30" height="26" image="cmd.openFromURL"/>
 <button id="on.button" x="210" y="216" width="90" height="24" style="#00000002" text="&amp;Open" icon="ico.folder"/>
-<label id="off.label" x="340" y="31" width="80" height="15" text="Name:" drawTextFlags="#00000504"/>
+<label id="off.label" x="340" y="31" width="80" height="15" text="Name:" drawTextFlags="#00000507"/>
 <edit id="off.edit" x="428" y="28" width="192" height="20" style="#00000002"/>
 <label id="off.combo.label" x="340" y="57" width="80" height="15" text="Action:" drawTextFlags="#00000507"/>
 <combo id="off.combo" x="428" y="54" width="192" height="20" style="#00000002"/>

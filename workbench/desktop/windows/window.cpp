@@ -96,6 +96,9 @@ void Window::Build(const KOV::CreateUiObjectParameters& parameters, const Surrou
         MakeControl(index);
     }
     m_form->Connect();
+    // Controls have their places from the beginning: the module may ask for them before the window is shown.
+    Widget()->resize(Widget()->sizeHint());
+    Widget()->layout()->activate();
     if (auto* const face = dynamic_cast<WindowFace*>(Widget())) {
         ListenToFace(*face);
     } else if (parameters.rect.right > parameters.rect.left && parameters.rect.bottom > parameters.rect.top) {
