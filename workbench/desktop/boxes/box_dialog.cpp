@@ -143,33 +143,41 @@ void BoxDialog::AddCheck(const BoxCheck& check, QVBoxLayout& column) {
 void BoxDialog::AddButtons(const Box& box, QVBoxLayout& rows) {
     // Up to the last one of two lines they stand below each other; the rest is a row, so the order is kept.
     const auto after_last = std::find_if(box.buttons.rbegin(), box.buttons.rend(), HasSecondLine).base();
-    auto* const stack = new QVBoxLayout;
-    stack->setSpacing(small_gap);
-    for (auto item = box.buttons.begin(); item != after_last; ++item) {
-        const QString title = ToQString(item->title);
-        auto* const button = new TwoLineButton(title.section('\n', 0, 0), title.section('\n', 1), this);
-        Place(button, *item);
-        stack->addWidget(button);
-    }
     if (after_last != box.buttons.begin()) {
-        rows.addLayout(stack);
-    }
-    auto* const row = new QHBoxLayout;
-    row->setSpacing(small_gap);
-    row->addStretch(1);
-    for (auto item = after_last; item != box.buttons.end(); ++item) {
-        auto* const button = new QPushButton(ToQString(item->title), this);
-        const int label = fontMetrics().size(Qt::TextShowMnemonic, button->text()).width();
-        button->setMinimumWidth(std::max(button->sizeHint().width(), label + 2 * gap));
-        Place(button, *item);
-        row->addWidget(button);
+        AddStack({box.buttons.begin(), after_last}, rows);
     }
     if (after_last != box.buttons.end()) {
-        rows.addLayout(row);
+        AddRow({after_last, box.buttons.end()}, rows);
     }
     const qsizetype default_index = static_cast<qsizetype>(box.default_button);
     if (auto* const button = qobject_cast<QPushButton*>(m_buttons.value(default_index))) {
         button->setDefault(true);
+    }
+}
+
+void BoxDialog::AddStack(std::span<const BoxItem> items, QVBoxLayout& rows) {
+    auto* const stack = new QVBoxLayout;
+    rows.addLayout(stack);
+    stack->setSpacing(small_gap);
+    for (const BoxItem& item : items) {
+        const QString title = ToQString(item.title);
+        auto* const button = new TwoLineButton(title.section('\n', 0, 0), title.section('\n', 1), this);
+        Place(button, item);
+        stack->addWidget(button);
+    }
+}
+
+void BoxDialog::AddRow(std::span<const BoxItem> items, QVBoxLayout& rows) {
+    auto* const row = new QHBoxLayout;
+    rows.addLayout(row);
+    row->setSpacing(small_gap);
+    row->addStretch(1);
+    for (const BoxItem& item : items) {
+        auto* const button = new QPushButton(ToQString(item.title), this);
+        const int label = fontMetrics().size(Qt::TextShowMnemonic, button->text()).width();
+        button->setMinimumWidth(std::max(button->sizeHint().width(), label + 2 * gap));
+        Place(button, item);
+        row->addWidget(button);
     }
 }
 

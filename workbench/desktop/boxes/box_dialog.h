@@ -2,6 +2,8 @@
 
 /// One question as a window.
 
+#include <span>
+
 #include <QDialog>
 
 #include "workbench/core/questions.h"
@@ -12,6 +14,7 @@ class QLineEdit;
 class QPlainTextEdit;
 class QButtonGroup;
 class QVBoxLayout;
+class MessageText;
 
 /// Buttons stand in the order of the box; those of two lines below each other, with the second line as a description. The names
 /// of buttons, choices, check box and edit are their keys, so that a test finds them. Escape ends it without a button.
@@ -28,6 +31,9 @@ private:
     void AddRadios(const Box& box, QVBoxLayout& column);
     void AddCheck(const BoxCheck& check, QVBoxLayout& column);
     void AddButtons(const Box& box, QVBoxLayout& rows);
+    /// Buttons of two lines, below each other.
+    void AddStack(std::span<const BoxItem> items, QVBoxLayout& rows);
+    void AddRow(std::span<const BoxItem> items, QVBoxLayout& rows);
     /// A button that ends the box with its place in the order.
     void Place(QAbstractButton* button, const BoxItem& item);
     QString EditText() const;
@@ -40,5 +46,5 @@ private:
     QCheckBox* m_check = nullptr;
     QLineEdit* m_line = nullptr;
     QPlainTextEdit* m_lines = nullptr;
-    class MessageText* m_text = nullptr;
+    MessageText* m_text = nullptr;
 };

@@ -16,7 +16,7 @@ Answer AnswerOf(Dialog* dialog, Answer otherwise) {
         return otherwise;
     }
     const Answer answer = shown->Answer();
-    shown->deleteLater();
+    delete shown;
     return answer;
 }
 
