@@ -1,6 +1,7 @@
 // The module's commands on documents of a real server: when they can be used, what they do, what the user sees of a failure.
 
-#include <thread>
+#include <atomic>
+#include <functional>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -146,11 +147,27 @@ TEST_F(DocumentCommands, AreSilentWhenTheUserGivesUp) {
     EXPECT_EQ(SpanText(edited), Text(L"sp.ibar.notCheckedOutNoEditing"));
 }
 
-TEST_F(DocumentCommands, RunOnAnotherThreadWhileTheLoopTurns) {
+TEST_F(DocumentCommands, RunOnAnotherThreadWhileTheWindowAsksForTheirStates) {
     EditedDocument& edited = EditAs(L"ann");
-    TheHost().Loop().RunWith([&] { EXPECT_EQ(Choose(L"sp.cmd.checkOut", edited.view), S_OK); });
+    std::atomic<bool> is_done = false;
+    const std::function<void()> ask = [&] {
+        EnabledCommands(edited.view);
+        EXPECT_EQ(m_life.ViewingStarted(*edited.document), S_OK);
+        if (!is_done) {
+            TheHost().Loop().Post(ask);
+        }
+    };
+    TheHost().Loop().Post(ask);
+    TheHost().Loop().RunWith([&] {
+        for (const wchar_t* const command :
+             {L"sp.cmd.checkOut", L"sp.cmd.discardCheckOut", L"sp.cmd.enableEditing", L"sp.cmd.checkOut"}) {
+            EXPECT_EQ(Choose(command, edited.view), S_OK);
+        }
+        is_done = true;
+    });
     Settle();
     EXPECT_EQ(EnabledCommands(edited.view), L"share_point checkIn discardCheckOut ");
+    EXPECT_EQ(SpanText(edited), Text(L"sp.ibar.checkedOutToMe"));
 }
 
 TEST_F(DocumentCommands, AreRefreshedOnceForSeveralChanges) {
