@@ -1,6 +1,7 @@
 #include "workbench/desktop/windows/form.h"
 
 #include <algorithm>
+#include <optional>
 #include <utility>
 
 #include <QCheckBox>
@@ -34,8 +35,26 @@ Scale ScaleOf(const QFontMetrics& metrics) {
 
 Span SpanOf(int from, int length, int least, Growth growth) { return {from, from + length, least, growth.may_grow, growth.gain}; }
 
-/// What keeps a label beside the control that it names, rather than a growing gap between them.
-Span Bond(const LayoutItem& label, const LayoutItem& named) { return {label.rect.x(), named.rect.x(), 0, true, -3}; }
+/// What keeps a label beside the control that it names, and both at the edge of their group, rather than a growing gap between
+/// them.
+Span Bond(const Layout& layout, const LayoutItem& label, const LayoutItem& named) {
+    int from = label.rect.x();
+    for (const LayoutItem& item : layout.items) {
+        if (item.kind == ElementKind::group && item.is_fixed == label.is_fixed && item.rect.contains(label.rect)) {
+            from = std::min(from, item.rect.x());
+        }
+    }
+    return {from, named.rect.x(), 0, true, -3};
+}
+
+/// What keeps buttons of one row together.
+std::optional<Span> Bond(const LayoutItem& left, const LayoutItem& right) {
+    const int from = left.rect.x() + left.rect.width();
+    const bool is_row = left.kind == ElementKind::button && right.kind == ElementKind::button &&
+                        left.is_fixed == right.is_fixed && left.rect.y() == right.rect.y() && from < right.rect.x() &&
+                        right.rect.x() - from <= widest_gap_of_buttons;
+    return is_row ? std::optional(Span{from, right.rect.x(), 0, false, 0}) : std::nullopt;
+}
 
 bool IsOneLine(const LayoutItem& item) {
     return item.kind == ElementKind::combo || item.kind == ElementKind::check || item.kind == ElementKind::button ||
@@ -122,7 +141,14 @@ const Form::Plans& Form::Measured() const {
     }
     for (std::size_t index = 0; index < m_named.size(); ++index) {
         if (m_named[index] != names_nothing && m_layout.items[index].kind == ElementKind::label) {
-            across.push_back(Bond(m_layout.items[index], m_layout.items[m_named[index]]));
+            across.push_back(Bond(m_layout, m_layout.items[index], m_layout.items[m_named[index]]));
+        }
+    }
+    for (const LayoutItem& left : m_layout.items) {
+        for (const LayoutItem& right : m_layout.items) {
+            if (const std::optional<Span> bond = Bond(left, right)) {
+                across.push_back(*bond);
+            }
         }
     }
     const Scale scale = ScaleOf(fontMetrics());

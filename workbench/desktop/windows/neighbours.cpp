@@ -7,8 +7,6 @@
 namespace {
 
 constexpr int gap_of_buttons = 8;
-/// Gaps up to that are meant as one row of buttons.
-constexpr int widest_gap = 20;
 constexpr int nearly = 16;
 
 bool IsNamed(ElementKind kind) { return kind == ElementKind::combo || kind == ElementKind::edit || kind == ElementKind::list; }
@@ -69,7 +67,7 @@ void TidyStrip(Layout& layout) {
         LayoutItem& button = *buttons[index];
         const int gap = index > 0 ? button.rect.x() - end_of(*buttons[index - 1]) : 0;
         button.rect.moveLeft(right - button.rect.width());
-        right = button.rect.x() - (gap <= widest_gap ? gap_of_buttons : gap);
+        right = button.rect.x() - (gap <= widest_gap_of_buttons ? gap_of_buttons : gap);
     }
 }
 

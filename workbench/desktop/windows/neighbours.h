@@ -7,6 +7,9 @@
 
 #include "workbench/desktop/windows/layout.h"
 
+/// Buttons on one line with a gap up to that are meant as one row.
+constexpr int widest_gap_of_buttons = 20;
+
 /// The index of the label or check box that names the item: a label before it on its line, else a check box right above it.
 std::optional<std::size_t> NameOfItem(const Layout& layout, std::size_t item);
 
