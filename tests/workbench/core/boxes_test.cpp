@@ -56,12 +56,14 @@ TEST_F(BoxesTest, ShowsTheRecordWithTheKeysThatItsTextsCameFrom) {
     EXPECT_TRUE(box.check->is_checked);
     EXPECT_EQ(box.edit->label.key, L"sp.label");
     EXPECT_EQ(box.edit->text, L"a &lt; b &amp;amp; c");
+    EXPECT_FALSE(box.edit->has_several_lines);
     EXPECT_FALSE(ReadSaveBox(0).box.edit);
 }
 
 TEST_F(BoxesTest, TextForMarkupIsPlainForTheUserAndEscapedInTheRecord) {
     const TranslatedBox box = ReadSaveBox(KOV::UIX_MsgBox_EditLine | BoxFlag_EditTextIsMarkup);
     EXPECT_EQ(box.box.edit->text, L"a < b &amp; c");
+    EXPECT_TRUE(box.box.edit->has_several_lines);
     EXPECT_EQ(WriteBoxAnswer(box, UnansweredBox(box.box)).edit_text.View(), L"a &lt; b &amp;amp; c");
 }
 
