@@ -1,9 +1,12 @@
 #include "platform/times.h"
 
 #include <ctime>
+#include <memory>
+#include <mutex>
 #include <string>
 
 #include <unicode/datefmt.h>
+#include <unicode/locid.h>
 #include <unicode/smpdtfmt.h>
 
 #include "platform/errors_detail.h"
@@ -93,19 +96,56 @@ void ShowWholeYear(icu::DateFormat& format) {
     }
 }
 
-int Format(std::unique_ptr<icu::DateFormat> format, LCID locale, DWORD flags, const SYSTEMTIME* fields, LPCWSTR pattern,
-           LPWSTR buffer, int size) {
+icu::DateFormat* MakeDateFormat() {
+    icu::DateFormat* const format = icu::DateFormat::createDateInstance(icu::DateFormat::kShort);
+    if (format != nullptr) {
+        ShowWholeYear(*format);
+    }
+    return format;
+}
+
+icu::DateFormat* MakeTimeFormat() { return icu::DateFormat::createTimeInstance(icu::DateFormat::kMedium); }
+
+/// A format of the user's locale, kept until that is another one: to make it takes a hundred times as long as to use it. Any
+/// thread.
+class KeptFormat {
+public:
+    explicit KeptFormat(icu::DateFormat* (*make)()) : m_make(make) {}
+
+    /// False when there is none.
+    bool Write(UDate time, icu::UnicodeString& out_text) {
+        const std::lock_guard guard(m_lock);
+        if (m_format == nullptr || m_locale != icu::Locale::getDefault()) {
+            m_locale = icu::Locale::getDefault();
+            m_format.reset(m_make());
+            if (m_format == nullptr) {
+                return false;
+            }
+            // The fields are local already.
+            m_format->adoptTimeZone(icu::TimeZone::getGMT()->clone());
+        }
+        m_format->format(time, out_text);
+        return true;
+    }
+
+private:
+    std::mutex m_lock;
+    icu::DateFormat* (*const m_make)();
+    icu::Locale m_locale;
+    std::unique_ptr<icu::DateFormat> m_format;
+};
+
+int Format(KeptFormat& format, LCID locale, DWORD flags, const SYSTEMTIME* fields, LPCWSTR pattern, LPWSTR buffer, int size) {
     if (flags != 0) {
         return FailWith(ERROR_INVALID_FLAGS);
     }
-    if (format == nullptr || locale != LOCALE_USER_DEFAULT || fields == nullptr || pattern != nullptr || size < 0 ||
-        !IsValid(*fields)) {
+    if (locale != LOCALE_USER_DEFAULT || fields == nullptr || pattern != nullptr || size < 0 || !IsValid(*fields)) {
         return FailWith(ERROR_INVALID_PARAMETER);
     }
-    // The fields are local already.
-    format->adoptTimeZone(icu::TimeZone::getGMT()->clone());
     icu::UnicodeString text;
-    format->format(static_cast<UDate>(UnixSeconds(*fields)) * 1000.0, text);
+    if (!format.Write(static_cast<UDate>(UnixSeconds(*fields)) * 1000.0, text)) {
+        return FailWith(ERROR_INVALID_PARAMETER);
+    }
     return Store(text, buffer, size);
 }
 
@@ -171,14 +211,11 @@ void GetSystemTime(SYSTEMTIME* out_fields) {
 }
 
 int GetDateFormatW(LCID locale, DWORD flags, const SYSTEMTIME* fields, LPCWSTR format, LPWSTR buffer, int size) {
-    std::unique_ptr<icu::DateFormat> short_date(icu::DateFormat::createDateInstance(icu::DateFormat::kShort));
-    if (short_date != nullptr) {
-        ShowWholeYear(*short_date);
-    }
-    return Format(std::move(short_date), locale, flags, fields, format, buffer, size);
+    static KeptFormat short_date(MakeDateFormat);
+    return Format(short_date, locale, flags, fields, format, buffer, size);
 }
 
 int GetTimeFormatW(LCID locale, DWORD flags, const SYSTEMTIME* fields, LPCWSTR format, LPWSTR buffer, int size) {
-    std::unique_ptr<icu::DateFormat> time(icu::DateFormat::createTimeInstance(icu::DateFormat::kMedium));
-    return Format(std::move(time), locale, flags, fields, format, buffer, size);
+    static KeptFormat time_of_day(MakeTimeFormat);
+    return Format(time_of_day, locale, flags, fields, format, buffer, size);
 }

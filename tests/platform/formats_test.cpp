@@ -2,6 +2,7 @@
 #include <cstdlib>
 
 #include <gtest/gtest.h>
+#include <unicode/uloc.h>
 
 #include "platform/errors.h"
 #include "platform/text.h"
@@ -120,6 +121,30 @@ TEST(Formats, ShowDateAndTimeAsTheUserWritesThem) {
     const SYSTEMTIME wrong{2026, 2, 0, 30, 0, 0, 0, 0};
     EXPECT_EQ(GetTimeFormatW(LOCALE_USER_DEFAULT, 0, &wrong, nullptr, buffer.data(), 256), 0);
     EXPECT_EQ(GetLastError(), ERROR_INVALID_PARAMETER);
+}
+
+TEST(Formats, FollowALocaleThatChangesMeanwhile) {
+    const SYSTEMTIME fields{2026, 2, 2, 3, 21, 41, 7, 0};
+    const struct {
+        const char* locale;
+        const wchar_t* date;
+        const wchar_t* time;
+    } rows[] = {
+        {"en_US", L"2/3/2026", L"9:41:07 PM"},
+        {"de_DE", L"03.02.2026", L"21:41:07"},
+        {"en_US", L"2/3/2026", L"9:41:07 PM"},
+    };
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.locale);
+        UErrorCode error = U_ZERO_ERROR;
+        uloc_setDefault(row.locale, &error);
+        ASSERT_TRUE(U_SUCCESS(error));
+        std::array<wchar_t, 256> buffer{};
+        EXPECT_GT(GetDateFormatW(LOCALE_USER_DEFAULT, 0, &fields, nullptr, buffer.data(), 256), 0);
+        EXPECT_STREQ(buffer.data(), row.date);
+        EXPECT_GT(GetTimeFormatW(LOCALE_USER_DEFAULT, 0, &fields, nullptr, buffer.data(), 256), 0);
+        EXPECT_STREQ(buffer.data(), row.time);
+    }
 }
 
 TEST(Formats, GroupAndRoundNumbers) {
