@@ -39,6 +39,10 @@ TEST(FormatString, PutsValuesWhereTheTextWantsThem) {
         {L"%s or %2", {L"a", L"b"}, L"a or b"},
         // A value is no text with placeholders.
         {L"%1 and %2", {L"%2", L"100%"}, L"%2 and 100%"},
+        // Nor with tags or line breaks of its own.
+        {L"file <b>%1</b>?", {L"<b>x</b>"}, L"file <b><\u2060b>x<\u2060/b></b>?"},
+        {L"%1", {L"<B>, <bo>, <i>, < b>, <<b>"}, L"<B>, <bo>, <i>, < b>, <<\u2060b>"},
+        {L"%1\n%2", {L"a\nb\r\nc\rd", L"<\nb>"}, L"a b c d\n< b>"},
         // A value that isn't given, number 0 and a sign alone show nothing.
         {L"[%2]", {L"a"}, L"[]"},
         {L"[%0]", {L"a"}, L"[]"},

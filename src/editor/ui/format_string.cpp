@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <initializer_list>
+#include <iterator>
 
 #include "platform/text.h"
 
@@ -111,6 +112,24 @@ UINT GroupingDigits(std::wstring_view grouping) {
 } // namespace
 
 namespace Ui {
+
+std::wstring LiteralText(std::wstring_view text) {
+    constexpr std::wstring_view tag_rests[] = {L"b>", L"/b>"};
+    constexpr wchar_t word_joiner = L'\u2060';
+    std::wstring result;
+    result.reserve(text.size());
+    while (!text.empty()) {
+        const wchar_t character = text.front();
+        const std::size_t length = text.starts_with(L"\r\n") ? 2 : 1;
+        text.remove_prefix(length);
+        result += character == L'\r' || character == L'\n' ? L' ' : character;
+        if (character == L'<' && std::any_of(std::begin(tag_rests), std::end(tag_rests),
+                                             [&](std::wstring_view rest) { return text.starts_with(rest); })) {
+            result += word_joiner;
+        }
+    }
+    return result;
+}
 
 std::wstring FormatValue::NumberText(std::int32_t number) {
     const std::wstring plain = std::to_wstring(number);

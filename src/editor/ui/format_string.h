@@ -11,13 +11,17 @@
 
 namespace Ui {
 
-/// A value as it stands in a text: texts as they are (null counts as empty), whole numbers with the separators of the user's
+/// `text` for a place in a text for the user, where tags and line breaks mean something: names and the words of a server are
+/// shown as they are. A line break becomes a blank, and a word joiner, which nobody sees, parts "<" from "b>" and "/b>".
+std::wstring LiteralText(std::wstring_view text);
+
+/// A value as it stands in a text: texts literally (null counts as empty), whole numbers with the separators of the user's
 /// locale.
 class FormatValue {
 public:
-    FormatValue(const wchar_t* text) : m_text(text == nullptr ? L"" : text) {}
-    FormatValue(const std::wstring& text) : m_text(text) {}
-    FormatValue(const Bstr& text) : m_text(text.View()) {}
+    FormatValue(const wchar_t* text) : m_text(LiteralText(text == nullptr ? L"" : text)) {}
+    FormatValue(const std::wstring& text) : m_text(LiteralText(text)) {}
+    FormatValue(const Bstr& text) : m_text(LiteralText(text.View())) {}
     template <std::integral Number>
     requires(sizeof(Number) == 4) FormatValue(Number number) : m_text(NumberText(static_cast<std::int32_t>(number))) {}
 
