@@ -1,5 +1,9 @@
 #include "workbench/desktop/browser/browser_pane.h"
 
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QShortcut>
+
 namespace {
 
 /// What names the server comes first and in plain letters, so that no address looks like another one.
@@ -25,6 +29,13 @@ BrowserPane::BrowserPane(QWidget* parent, MakeView make_view)
     m_layout->addWidget(m_address);
     m_layout->addWidget(m_words);
     m_layout->addStretch(0);
+    // A page keeps every key that it gets; this one is the window's.
+    auto* const escape = new QShortcut(Qt::Key_Escape, this);
+    escape->setContext(Qt::WidgetWithChildrenShortcut);
+    connect(escape, &QShortcut::activated, this, [this] {
+        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
+        QCoreApplication::sendEvent(parentWidget(), &press);
+    });
 }
 
 BrowserPane::~BrowserPane() = default;
@@ -48,10 +59,7 @@ void BrowserPane::MakeViewOnce() {
     }
     WebViewListener listener;
     listener.arrived = [this](const QUrl& url) { emit Arrived(url); };
-    listener.moved = [this](const QUrl& url) {
-        ShowAddress(url);
-        Say({});
-    };
+    listener.moved = [this](const QUrl& url) { ShowAddress(url); };
     listener.said = [this](const QString& text) { Say(text); };
     LoadedWebView loaded = m_make_view(std::move(listener), this);
     m_view = std::move(loaded.view);
@@ -60,6 +68,7 @@ void BrowserPane::MakeViewOnce() {
         return;
     }
     m_layout->addWidget(m_view->Widget(), 1);
+    m_view->Widget()->show(); // what isn't shown can't have the focus
 }
 
 void BrowserPane::ShowAddress(const QUrl& url) {

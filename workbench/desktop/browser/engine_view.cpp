@@ -43,6 +43,7 @@ EngineView::EngineView(WebViewListener listener, QWidget* parent)
         download->cancel();
         m_listener.said(QObject::tr("The page wanted to save a file, which isn't done here."));
     });
+    QObject::connect(&m_page, &QWebEnginePage::loadStarted, &m_page, [this] { m_listener.said({}); });
     QObject::connect(&m_page, &QWebEnginePage::loadFinished, &m_page, [this](bool succeeded) { OnLoaded(succeeded); });
     QObject::connect(&m_page, &QWebEnginePage::urlChanged, &m_page, [this](const QUrl& url) {
         m_cookies.SetPage(url);
@@ -63,6 +64,7 @@ void EngineView::Open(const QUrl& url) {
 }
 
 void EngineView::OnLoaded(bool succeeded) {
+    m_listener.moved(m_page.url()); // also when the way led back to the page that was there
     if (!succeeded) {
         return;
     }

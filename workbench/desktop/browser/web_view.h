@@ -17,7 +17,7 @@ struct WebViewListener {
     std::function<void(const QUrl& url)> arrived;
     /// The page shown is this one.
     std::function<void(const QUrl& url)> moved;
-    /// Words for the user, to be shown as text: of the page, or of something that it was refused.
+    /// Words for the user, to be shown as text: of the page, or of something that it was refused. Empty when another page begins.
     std::function<void(const QString& text)> said;
     /// Is a certificate that the system doesn't know good for the host? DER, the host's own first.
     std::function<bool(const QList<QByteArray>& chain, const QString& host)> trusts;

@@ -1,5 +1,7 @@
 // The real browser over a real server, in the module's own container.
 
+#include <optional>
+
 #include <QDir>
 #include <QWebEngineProfile>
 
@@ -45,7 +47,7 @@ protected:
     }
 
     TrialServer server;
-    BrowserRegistration registration{SettingsOfTests()};
+    std::optional<BrowserRegistration> registration{SettingsOfTests()};
 };
 
 TEST_F(Browser, ShowsAPageWithItsAddressAndTellsOfIt) {
@@ -97,6 +99,13 @@ TEST_F(Browser, APageOpensNothingButPages) {
         // What was refused never comes; the next page does.
         ASSERT_TRUE(browser.Show(Url("b.html"))) << row.what;
         EXPECT_EQ(browser.Arrived().size(), 2u) << row.what;
+    }
+    // The same for what no page could ask for.
+    for (const char* const url : {"file:///etc/passwd", "chrome://version", "data:text/html,x"}) {
+        BrowserWindow browser;
+        ASSERT_TRUE(browser.Show(Url("a.html")));
+        browser.Page().load(QUrl(url));
+        EXPECT_TRUE(TurnUntil([&] { return browser.Words().contains("something other than a page"); })) << url;
     }
     BrowserWindow browser;
     ASSERT_EQ(browser.Open("file:///etc/passwd"), S_OK);
@@ -210,6 +219,10 @@ TEST_F(Browser, ACertificateNeedsAnAuthorityThatIsTrusted) {
         EXPECT_EQ(secure.Count("GET"), 0u);
         EXPECT_EQ(browser.Arrived().size(), 1u);
     }
+    registration.reset();
+    registration.emplace(SettingsOfTests(secure.CertificateFile()));
+    BrowserWindow browser;
+    EXPECT_TRUE(browser.Show(secure.Url("a.html")));
 }
 
 TEST_F(Browser, AWindowMayGoAtAnyMoment) {

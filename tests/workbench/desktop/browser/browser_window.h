@@ -53,6 +53,7 @@ public:
         window.resize(400, 300);
         window.show();
         EXPECT_EQ(m_container->Init(Handle(), {0, 0, 400, 300}), S_OK);
+        EXPECT_EQ(m_container->SetRect({0, 0, 400, 300}), S_OK);
         EXPECT_EQ(m_arrivals.Init(m_container->WebBrowser()), S_OK);
     }
     ~BrowserWindow() {
