@@ -1,7 +1,9 @@
 #include "workbench/core/main_loop.h"
 
 #include <algorithm>
+#include <atomic>
 #include <exception>
+#include <limits>
 #include <utility>
 
 #include "platform/errors.h"
@@ -10,6 +12,9 @@ namespace {
 
 /// Wakes the loop; its own, so it reaches nobody else.
 constexpr UINT WakeMessage = 0x8000 + 0x4B56;
+/// The number of a wake that belongs to no task.
+constexpr std::uintptr_t NoTask = 0;
+std::atomic<std::uintptr_t> last_task = NoTask;
 
 } // namespace
 
@@ -64,21 +69,19 @@ private:
 };
 
 MainLoop::~MainLoop() {
-    std::deque<std::function<void()>> dropped;
+    std::deque<Task> dropped;
     const std::scoped_lock hold(m_lock);
     m_closed = true;
     dropped.swap(m_tasks);
 }
 
 void MainLoop::Post(std::function<void()> task) {
-    {
-        const std::scoped_lock hold(m_lock);
-        if (m_closed) {
-            return;
-        }
-        m_tasks.push_back(std::move(task));
+    const std::scoped_lock hold(m_lock);
+    if (m_closed) {
+        return;
     }
-    Wake();
+    m_tasks.push_back({++last_task, std::move(task)});
+    Wake(m_tasks.back().number);
 }
 
 HRESULT MainLoop::Call(std::function<HRESULT()> function, LONG timeout_ms) {
@@ -183,7 +186,7 @@ void MainLoop::Quit() {
         const std::scoped_lock hold(m_lock);
         m_quit = true;
     }
-    Wake();
+    Wake(NoTask);
 }
 
 void MainLoop::Drain() {
@@ -194,10 +197,10 @@ void MainLoop::Drain() {
 bool MainLoop::RunOne() {
     MSG message;
     if (!PeekMessageW(&message, nullptr, 0, 0, PM_REMOVE)) {
-        return RunNextTask(); // one whose wake found no room in the queue
+        return RunNextTask(std::numeric_limits<std::uintptr_t>::max()); // one whose wake found no room in the queue
     }
     if (message.hwnd == nullptr && message.message == WakeMessage) {
-        (void)RunNextTask(); // tasks and messages keep their order among each other
+        (void)RunNextTask(message.wParam); // tasks and messages keep their order among each other
     } else if (on_message) {
         on_message(message);
     }
@@ -213,19 +216,19 @@ bool MainLoop::HasWork() {
     return !m_tasks.empty();
 }
 
-void MainLoop::Wake() {
+void MainLoop::Wake(std::uintptr_t number) {
     // When the queue is full the loop has something to wake for anyway.
-    PostMessageW(nullptr, WakeMessage, 0, 0);
+    PostMessageW(nullptr, WakeMessage, number, 0);
 }
 
-bool MainLoop::RunNextTask() {
+bool MainLoop::RunNextTask(std::uintptr_t last) {
     std::function<void()> task;
     {
         const std::scoped_lock hold(m_lock);
-        if (m_tasks.empty()) {
+        if (m_tasks.empty() || m_tasks.front().number > last) {
             return false;
         }
-        task = std::move(m_tasks.front());
+        task = std::move(m_tasks.front().function);
         m_tasks.pop_front();
     }
     task();

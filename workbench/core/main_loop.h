@@ -61,12 +61,19 @@ private:
     struct WaitingCall;
     class QueuedCall;
 
-    void Wake();
-    bool RunNextTask();
+    struct Task {
+        /// Counts up over all loops of the process; the wake of a task carries it.
+        std::uintptr_t number;
+        std::function<void()> function;
+    };
+
+    void Wake(std::uintptr_t number);
+    /// Runs the oldest task when its number isn't above `last`; false when there was none.
+    bool RunNextTask(std::uintptr_t last);
 
     const std::thread::id m_main_thread = std::this_thread::get_id();
     std::mutex m_lock;
-    std::deque<std::function<void()>> m_tasks;
+    std::deque<Task> m_tasks;
     std::vector<std::weak_ptr<WaitingCall>> m_calls;
     bool m_refuses_calls = false;
     bool m_quit = false;
