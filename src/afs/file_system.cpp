@@ -22,6 +22,8 @@ constexpr DWORD features = 0x3000A7FF;
 constexpr DWORD dialog_confirmed = 1;
 constexpr DWORD dialog_canceled = 2;
 
+std::wstring RootUrlOf(const Name& name) { return Name::GetAbsoluteUrl(*name.GetSession(), *name.GetSession()->GetWeb()); }
+
 } // namespace
 
 FileSystem::FileSystem(ComPtr<Plugin> plugin, ComPtr<KOV::IAFS_Inst> afs) : m_plugin(std::move(plugin)), m_afs(std::move(afs)) {
@@ -115,11 +117,12 @@ HRESULT FileSystem::get_Icon(KOV::IKOV_MultiSizeImage** o_icon) {
 
 HRESULT FileSystem::CreateDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab** o_dialog_parameters) {
     TRACE_ENTER(L"{}", i_dialog_type);
-    CHECK_OR_RETURN(m_plugin->m_afs_inst->CreateDlgDefaultParams(i_dialog_type, o_dialog_parameters));
-    TRACE_RETURN(S_OK);
+    return m_plugin->m_afs_inst->CreateDlgDefaultParams(i_dialog_type, o_dialog_parameters);
 }
 
-HRESULT FileSystem::ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab* dialog_parameters,
+// Parameters that can't be read are the empty ones; a folder of another site than the first one's is refused, since the dialog
+// never leaves the place that it was given.
+HRESULT FileSystem::ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* i_initial_folder, KOV::IAUX_Cab* dialog_parameters,
                             HWND i_parent_window, KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) {
     TRACE_ENTER(L"{}", i_dialog_type);
     INTERFACE_TRY
@@ -131,47 +134,40 @@ HRESULT FileSystem::ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder,
     CHECK_OR_RETURN(o_user_choise != nullptr, E_POINTER);
     *o_user_choise = dialog_canceled;
     if (i_dialog_type == KOV::AFS_Dlg_SelectFolder) {
-        return m_plugin->m_afs_inst->ShowDefaultDlg(i_dialog_type, initial_folder, dialog_parameters, i_parent_window, o_names,
+        return m_plugin->m_afs_inst->ShowDefaultDlg(i_dialog_type, i_initial_folder, dialog_parameters, i_parent_window, o_names,
                                                     o_user_choise);
     }
-    const ComPtr<Name> local_folder = GetName(initial_folder);
-    CHECK_OR_RETURN(local_folder != nullptr, E_INVALIDARG);
-    CHECK_OR_RETURN(local_folder->GetSession() != nullptr, E_INVALIDARG);
-    Ui::DialogParameters parameters;
-    CHECK_OR_RETURN(LoadDlgParams(i_dialog_type, dialog_parameters, local_folder, parameters));
-    const ComPtr<Name> default_folder = Name::Create(local_folder->GetSession()->GetWeb(), local_folder);
+    const ComPtr<Name> initial_folder = GetName(i_initial_folder);
+    CHECK_OR_RETURN(initial_folder != nullptr, E_INVALIDARG);
+    CHECK_OR_RETURN(initial_folder->GetSession() != nullptr, E_INVALIDARG);
+    Ui::DialogParameters dialg_parameters;
+    if (FAILED(dialg_parameters.LoadFromCab(m_plugin->m_aux_inst, dialog_parameters)) ||
+        dialg_parameters.InitialPathName.IsNull()) {
+        dialg_parameters.InitialPathName = initial_folder;
+    } else {
+        const ComPtr<Name> parameters_initial_folder = GetName(dialg_parameters.InitialPathName);
+        CHECK_OR_RETURN(parameters_initial_folder != nullptr, E_INVALIDARG);
+        const std::wstring initial_folder_root_url = RootUrlOf(*initial_folder);
+        const std::wstring parameters_initial_folder_root_url = RootUrlOf(*parameters_initial_folder);
+        CHECK_OR_RETURN(CompareUrls(initial_folder_root_url.c_str(), parameters_initial_folder_root_url.c_str()) ==
+                            CompareUrlsResult::equal,
+                        E_INVALIDARG);
+    }
+    const ComPtr<Name> default_folder = Name::Create(initial_folder->GetSession()->GetWeb(), initial_folder);
+    if (dialg_parameters.Flags == 0) {
+        dialg_parameters.Flags =
+            i_dialog_type == KOV::AFS_Dlg_OpenFiles ? Ui::DialogFlag_AllowMultiSelect : Ui::DialogFlag_OverwritePrompt;
+    }
     const std::shared_ptr<Ui::PlaceDialog> dialog = m_plugin->OpenSaveDialog();
     CHECK_OR_RETURN(dialog != nullptr, E_FAIL);
     const Preferences preferences = m_plugin->m_preferences_manager.Snapshot();
     if (i_dialog_type == KOV::AFS_Dlg_OpenFiles) {
-        CHECK_OR_RETURN(dialog->ShowOpenSinglePlace(o_names, parameters, default_folder, i_parent_window, preferences));
+        CHECK_OR_RETURN(dialog->ShowOpenSinglePlace(o_names, dialg_parameters, default_folder, i_parent_window, preferences));
     } else {
-        CHECK_OR_RETURN(dialog->ShowSaveSinglePlace(o_names, parameters, default_folder, i_parent_window, preferences));
+        CHECK_OR_RETURN(dialog->ShowSaveSinglePlace(o_names, dialg_parameters, default_folder, i_parent_window, preferences));
     }
     *o_user_choise = dialog_confirmed;
-    (void)parameters.SaveToCab(m_plugin->m_aux_inst, dialog_parameters); // the names count, with or without
+    (void)dialg_parameters.SaveToCab(m_plugin->m_aux_inst, dialog_parameters); // the names count, with or without
     TRACE_RETURN(S_OK);
     INTERFACE_CATCH_SHORT(nullptr)
-}
-
-/// What the host wishes. Parameters that can't be read are the empty ones; a folder of another site than `folder`'s is refused,
-/// since the dialog never leaves the place that it was given.
-HRESULT FileSystem::LoadDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab* dialog_parameters, const ComPtr<Name>& folder,
-                                  Ui::DialogParameters& o_parameters) {
-    if (FAILED(o_parameters.LoadFromCab(m_plugin->m_aux_inst, dialog_parameters)) || o_parameters.InitialPathName.IsNull()) {
-        o_parameters.InitialPathName = folder;
-    } else {
-        const ComPtr<Name> parameters_folder = GetName(o_parameters.InitialPathName);
-        CHECK_OR_RETURN(parameters_folder != nullptr, E_INVALIDARG);
-        const auto root_url = [](const Name& name) {
-            return Name::GetAbsoluteUrl(*name.GetSession(), *name.GetSession()->GetWeb());
-        };
-        CHECK_OR_RETURN(CompareUrls(root_url(*folder).c_str(), root_url(*parameters_folder).c_str()) == CompareUrlsResult::equal,
-                        E_INVALIDARG);
-    }
-    if (o_parameters.Flags == 0) {
-        o_parameters.Flags =
-            i_dialog_type == KOV::AFS_Dlg_OpenFiles ? Ui::DialogFlag_AllowMultiSelect : Ui::DialogFlag_OverwritePrompt;
-    }
-    return S_OK;
 }

@@ -11,10 +11,6 @@ class AccountData;
 class Name;
 class Plugin;
 
-namespace Ui {
-struct DialogParameters;
-}
-
 /// The provider: the host's one door to the servers. It knows no server and holds no session, name or file; each bind makes a
 /// new session, which lives as long as any name of it. All operations may be called on any thread and block it for as long
 /// as the server takes; `cancel_flag` is looked at before a server is asked, not during it.
@@ -82,7 +78,7 @@ public:
     /// What the host's own dialog of that kind starts with.
     HRESULT CreateDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab** o_dialog_parameters) override;
     /// The module's own Open and Save dialog, and the host's for folders. `E_CANCELED` when the user gave up. Any thread.
-    HRESULT ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* initial_folder, KOV::IAUX_Cab* dialog_parameters, HWND i_parent_window,
+    HRESULT ShowDlg(DWORD i_dialog_type, KOV::IAFS_Name* i_initial_folder, KOV::IAUX_Cab* dialog_parameters, HWND i_parent_window,
                     KOV::IAFS_NamesCollection** o_names, DWORD* o_user_choise) override;
 
     /// The monitor of the calling thread; null takes it away, `S_FALSE` when there was none.
@@ -105,8 +101,6 @@ private:
     static bool IsInWebOf(Name& name, const Name& parent) noexcept;
     HRESULT CreateCacheOnLocalFile(const Name& name, const VARIANT* i_arguments);
     HRESULT DeleteFileCacheEntry(const Name& name, const VARIANT* i_arguments);
-    HRESULT LoadDlgParams(DWORD i_dialog_type, KOV::IAUX_Cab* dialog_parameters, const ComPtr<Name>& folder,
-                          Ui::DialogParameters& o_parameters);
     HRESULT ConnectToPlace(LPCWSTR i_url, KOV::IAFS_BindContext* bind_context, ComPtr<AccountData>& account_data,
                            ComPtr<KOV::IAFS_Name>& name);
 
