@@ -13,7 +13,8 @@ struct IUIX_Dialog : IUnknown {
     virtual HRESULT GetItem(LPCWSTR id, LONG reserved, IUIX_Obj** out_object) = 0;
     virtual HRESULT ShowItem(LPCWSTR id, VARIANT_BOOL show) = 0;
     virtual HRESULT EnableItem(LPCWSTR id, VARIANT_BOOL enable) = 0;
-    /// An equal text changes nothing. A text that begins with "$$$." is looked up.
+    /// An equal text changes nothing. A text that begins with "$$$." is looked up, but not where a person types: there it may be
+    /// anybody's, such as the name of a file.
     virtual HRESULT SetItemText(LPCWSTR id, LPCWSTR text) = 0;
     virtual HRESULT GetItemText(LPCWSTR id, BSTR* out_text) = 0;
     /// 0 or 1. Notifies nobody.

@@ -322,8 +322,8 @@ HRESULT Window::EnableItem(LPCWSTR id, VARIANT_BOOL enable) {
 }
 
 HRESULT Window::SetItemText(LPCWSTR id, LPCWSTR text) {
-    const QString shown = Shown(text);
     return WithControl(id, [&](Control& control) {
+        const QString shown = control.IsTypedInto() ? ToQString(text) : Shown(text);
         QString current;
         const HRESULT result = control.GetText(current);
         return SUCCEEDED(result) && current == shown ? S_OK : control.PutText(shown);

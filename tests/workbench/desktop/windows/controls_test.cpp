@@ -204,8 +204,49 @@ TEST_F(ControlsTest, ShowEveryTextLetterByLetter) {
         EXPECT_TRUE(label->toolTip().isEmpty() || label->toolTip() == PlainTip(ToQString(text)))
             << "a cut text stands in the tip";
     }
-    ASSERT_EQ(m_module->Dialog().SetItemText(L"ed", L"$$$.btn.close"), S_OK);
-    EXPECT_EQ(TextOf(L"ed"), "&Close");
+}
+
+TEST_F(ControlsTest, LookTextsUpButNotWhereAPersonTypes) {
+    for (const wchar_t* const id : {L"ed", L"field", L"typed"}) {
+        ASSERT_EQ(m_module->Dialog().SetItemText(id, L"$$$.btn.close"), S_OK);
+        EXPECT_EQ(TextOf(id), "$$$.btn.close");
+    }
+    for (const wchar_t* const id : {L"btn", L"lb", L"check", L"group"}) {
+        ASSERT_EQ(m_module->Dialog().SetItemText(id, L"$$$.btn.close"), S_OK);
+        EXPECT_EQ(TextOf(id), "&Close");
+    }
+}
+
+TEST_F(ControlsTest, AnEditShowsTheStartOfALongTextAndKeepsTheWholeUntilItIsEdited) {
+    const std::wstring start(100'000, L'x');
+    const auto set = [&](const std::wstring& text) { ASSERT_EQ(m_module->Dialog().SetItemText(L"ed", text.c_str()), S_OK); };
+    const auto expect_text = [&](const std::wstring& text) { EXPECT_TRUE(TextOf(L"ed") == ToQString(text).toStdString()); };
+    set(start + L"1");
+    EXPECT_LT(Line("ed")->text().size(), 10'000);
+    expect_text(start + L"1");
+    EXPECT_EQ(m_heard, Heard{"5 ed"});
+    // A change that nobody sees is one.
+    m_heard.clear();
+    set(start + L"2");
+    expect_text(start + L"2");
+    EXPECT_EQ(m_heard, Heard{"5 ed"});
+    m_heard.clear();
+    set(start + L"2");
+    EXPECT_EQ(m_heard, Heard());
+    // What a person has changed is what is seen.
+    const QString shown = Line("ed")->text();
+    QTest::keyClick(Line("ed"), Qt::Key_End);
+    QTest::keyClick(Line("ed"), Qt::Key_Backspace);
+    expect_text(ToWide(shown.chopped(1)));
+    EXPECT_EQ(m_heard, Heard{"5 ed"});
+    // From the long to what was shown of it, and to a short one.
+    set(start);
+    m_heard.clear();
+    set(ToWide(Line("ed")->text()));
+    expect_text(ToWide(shown));
+    EXPECT_EQ(m_heard, Heard{"5 ed"});
+    set(L"short");
+    expect_text(L"short");
 }
 
 TEST_F(ControlsTest, FailWhereTheyCannotAnswer) {

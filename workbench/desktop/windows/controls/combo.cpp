@@ -125,6 +125,8 @@ HRESULT Combo::GetText(QString& out_text) const {
     return S_OK;
 }
 
+bool Combo::IsTypedInto() const { return Face() != nullptr && Face()->lineEdit() != nullptr; }
+
 HRESULT Combo::get_Count(LONG* out_count) {
     if (out_count == nullptr) {
         return E_POINTER;

@@ -17,6 +17,7 @@ public:
     QSize Least() const override;
     HRESULT PutText(const QString& text) override;
     HRESULT GetText(QString& out_text) const override;
+    bool IsTypedInto() const override;
 
     HRESULT get_Count(LONG* out_count) override;
     HRESULT Clear() override;

@@ -17,6 +17,8 @@ public:
     /// `E_NOTIMPL` by a control that shows no text. An equal text changes nothing.
     virtual HRESULT PutText(const QString&) { return E_NOTIMPL; }
     virtual HRESULT GetText(QString&) const { return E_NOTIMPL; }
+    /// Whether a person types into it: its text stands for nothing else then.
+    virtual bool IsTypedInto() const { return false; }
     /// 0 or 1. `E_NOTIMPL` by a control that can't be ticked.
     virtual HRESULT PutCheck(LONG) { return E_NOTIMPL; }
     virtual HRESULT GetCheck(LONG&) const { return E_NOTIMPL; }

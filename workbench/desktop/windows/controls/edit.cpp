@@ -15,6 +15,8 @@ constexpr LONG any_text = 0;
 constexpr LONG number_in_range = 3;
 /// Room for the number of the most digits when the edit knows none yet.
 constexpr int letters_of_a_number = 4;
+/// More than fits any screen.
+constexpr qsizetype most_shown_letters = 4096;
 /// Of a line edit's frame and margins, on both sides.
 constexpr int margin_in_letters = 2;
 
@@ -63,7 +65,7 @@ private:
 
 Edit::Edit(QWidget* parent) : UiObjectT(new LineFace(parent)) {
     Face()->setMaxLength(INT_MAX); // a list of quoted names is long
-    QObject::connect(Face(), &QLineEdit::textEdited, Context(), [this] { m_is_edited = true; });
+    QObject::connect(Face(), &QLineEdit::textEdited, Context(), [this] { OnEdited(); });
     QObject::connect(Face(), &QLineEdit::textChanged, Context(), [this] { OnChanged(); });
     QObject::connect(Face(), &QLineEdit::editingFinished, Context(), [this] { OnLeft(); });
 }
@@ -82,6 +84,12 @@ QSize Edit::Least() const {
     }
     const int letters = Face()->alignment().testFlag(Qt::AlignRight) ? letters_of_a_number + margin_in_letters : 0;
     return {letters * Face()->fontMetrics().horizontalAdvance('0'), Face()->sizeHint().height()};
+}
+
+// What is seen counts once a person works on it.
+void Edit::OnEdited() {
+    m_whole_text = QString();
+    m_is_edited = true;
 }
 
 void Edit::OnChanged() {
@@ -120,8 +128,16 @@ HRESULT Edit::PutText(const QString& text) {
     if (Face() == nullptr) {
         return window_is_gone;
     }
-    if (Face()->text() != text) {
-        Face()->setText(text);
+    const QString old_shown = Face()->text();
+    const QString old_text = m_whole_text.isNull() ? old_shown : m_whole_text;
+    if (old_text == text) {
+        return S_OK;
+    }
+    const bool is_long = text.size() > most_shown_letters;
+    m_whole_text = is_long ? text : QString();
+    Face()->setText(is_long ? text.left(most_shown_letters) : text);
+    if (Face()->text() == old_shown) {
+        OnChanged(); // the difference is in what isn't shown
     }
     return S_OK;
 }
@@ -130,7 +146,7 @@ HRESULT Edit::GetText(QString& out_text) const {
     if (Face() == nullptr) {
         return window_is_gone;
     }
-    out_text = Face()->text();
+    out_text = m_whole_text.isNull() ? Face()->text() : m_whole_text;
     return S_OK;
 }
 

@@ -14,6 +14,7 @@ public:
     void Fill(const LayoutItem& item) override;
     HRESULT PutText(const QString& text) override;
     HRESULT GetText(QString& out_text) const override;
+    bool IsTypedInto() const override { return true; }
 
     /// `E_NOTIMPL`: a number stands on one line.
     HRESULT put_NumberValue(KOV::IUIX_NumberValue* value) override;
