@@ -1,7 +1,6 @@
 #include "workbench/desktop/browser/browser_pane.h"
 
-#include <QCoreApplication>
-#include <QKeyEvent>
+#include <QDialog>
 #include <QShortcut>
 
 namespace {
@@ -33,8 +32,9 @@ BrowserPane::BrowserPane(QWidget* parent, MakeView make_view)
     auto* const escape = new QShortcut(Qt::Key_Escape, this);
     escape->setContext(Qt::WidgetWithChildrenShortcut);
     connect(escape, &QShortcut::activated, this, [this] {
-        QKeyEvent press(QEvent::KeyPress, Qt::Key_Escape, Qt::NoModifier);
-        QCoreApplication::sendEvent(parentWidget(), &press);
+        if (auto* const dialog = qobject_cast<QDialog*>(window())) {
+            dialog->reject();
+        }
     });
 }
 
