@@ -8,6 +8,8 @@
 #include "workbench/core/state_folder.h"
 #include "workbench/desktop/recovery_window.h"
 #include "workbench/desktop/theme/color_scheme.h"
+#include "workbench/desktop/windows/layout.h"
+#include "workbench/desktop/windows/module_layouts.h"
 
 namespace {
 
@@ -36,6 +38,8 @@ DeskProgram::DeskProgram(QApplication& application, const DeskOptions& options)
     ApplyColorScheme(application, m_settings.Colors());
     wininet::SetCookieFile((options.state / "cookies").string());
     m_host->Load();
+    const std::span<const BYTE> layouts = ModuleLayouts(m_host->Plugin());
+    (void)ReadLayouts(layouts.data(), layouts.size()); // a broken one is told now, not when somebody opens its window
     m_window = std::make_unique<DeskWindow>(*m_services);
     m_frame = m_window->Handle();
     m_window->BuildLayout();
@@ -44,6 +48,7 @@ DeskProgram::DeskProgram(QApplication& application, const DeskOptions& options)
 
 DeskProgram::~DeskProgram() {
     m_frame = nullptr;
+    m_gallery.reset();
     m_window.reset();
     // Closed documents wait for the loop to be deleted.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
@@ -52,6 +57,12 @@ DeskProgram::~DeskProgram() {
 }
 
 void DeskProgram::Show() {
+    if (m_options.shows_gallery) {
+        m_gallery = std::make_unique<Gallery>(*m_uix.Get(), ModuleLayouts(m_host->Plugin()));
+        QApplication::setQuitOnLastWindowClosed(true);
+        m_gallery->show();
+        return;
+    }
     m_window->show();
     QTimer::singleShot(0, m_window.get(), [this] {
         OfferLeftDocuments(*m_services, m_window->Place());

@@ -16,6 +16,7 @@
 #include "workbench/desktop/options.h"
 #include "workbench/desktop/services.h"
 #include "workbench/desktop/windows/desktop_uix.h"
+#include "workbench/desktop/windows/gallery.h"
 
 /// Answers the first demand of a host with what the options or an address gave, all others by asking.
 class DeskAccountPrompt final : public AccountPrompt {
@@ -37,7 +38,8 @@ public:
     ~DeskProgram() override;
 
     DeskWindow& Window() noexcept { return *m_window; }
-    /// Shows the window, offers what an earlier run left, and opens the documents of the command line.
+    /// Shows the window, offers what an earlier run left, and opens the documents of the command line; or the gallery alone, when
+    /// the options ask for it.
     void Show();
 
 private:
@@ -62,5 +64,6 @@ private:
     std::unique_ptr<DeskServices> m_services;
     BrowserRegistration m_browser;
     std::unique_ptr<DeskWindow> m_window;
+    std::unique_ptr<Gallery> m_gallery;
     std::atomic<HWND> m_frame{nullptr};
 };
