@@ -228,11 +228,24 @@ HRESULT Window::DoModal(LONG, LONGLONG* io_result) {
     ShowFace();
     RaiseEvent(KOV::UiEvent_Size);
     RaiseEvent(KOV::UiEvent_ShowModal);
-    if (!m_end_code && Widget() != nullptr) {
-        m_loop.exec();
-    }
+    RunLoop();
     FinishModal(io_result);
     return S_OK;
+}
+
+// A program that ends stops all loops at once. It counts as a person who closes the window: the implementation is asked as ever,
+// and what it is in the middle of still finds its window and a loop that turns.
+void Window::RunLoop() {
+    const auto is_up = [this] { return !m_end_code && Widget() != nullptr; };
+    if (is_up()) {
+        m_loop.exec();
+    }
+    if (is_up() && !m_is_vetoed) {
+        (void)EndModal(canceled_by_person);
+    }
+    while (is_up()) {
+        m_loop.processEvents(QEventLoop::WaitForMoreEvents);
+    }
 }
 
 void Window::FinishModal(LONGLONG* io_result) {
@@ -253,7 +266,8 @@ HRESULT Window::EndModal(LONGLONG code) {
     m_is_ending = true;
     (void)Owner()->Raise(event);
     m_is_ending = false;
-    if (event.veto != 0) {
+    m_is_vetoed = event.veto != 0;
+    if (m_is_vetoed) {
         HideFace();
         return S_OK;
     }

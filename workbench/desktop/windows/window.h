@@ -26,6 +26,7 @@ constexpr LONGLONG canceled_by_person = 2;
 /// attempt to end, 6504. Controls live until `Destroy`.
 ///
 /// An end that is vetoed hides the window and lets the program behind it go on: whoever vetoed works on, and ends it later.
+/// `DoModal` comes back after an end that isn't vetoed alone, also when the program ends meanwhile, or when the widget is gone.
 class Window final : public UiObjectT<KOV::IUIX_Dialog, KOV::IUIX_ScrollContainer> {
 public:
     /// Makes the window and its controls, gives it to its implementation and raises 6490. `places` outlives it. Throws
@@ -65,6 +66,7 @@ private:
     void Press();
     void ShowFace();
     void HideFace();
+    void RunLoop();
     void FinishModal(LONGLONG* io_result);
     ComPtr<KOV::IUIX_Obj> Item(LPCWSTR id) const;
     template <class Function>
@@ -82,6 +84,7 @@ private:
     QEventLoop m_loop;
     std::optional<LONGLONG> m_end_code;
     bool m_is_ending = false;
+    bool m_is_vetoed = false;
     bool m_was_modal = false;
     bool m_is_shown = false;
 };

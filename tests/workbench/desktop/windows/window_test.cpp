@@ -122,6 +122,29 @@ TEST_F(WindowTest, IsHiddenAndLetsTheProgramGoOnWhileItsEndIsVetoed) {
     core->Destroy();
 }
 
+TEST_F(WindowTest, IsAskedWhenTheProgramEndsAndTurnsUntilItsEndIsNotVetoed) {
+    const ComPtr<Module> module = CreateModule(L"OpenDialog");
+    bool is_working = true;
+    std::thread worker;
+    module->vetoes = [&](LONGLONG) { return is_working; };
+    module->on["show"] = [&] { Soon([] { QCoreApplication::exit(0); }); };
+    module->on["pre 2"] = [&] {
+        if (is_working) {
+            worker = std::thread([window = HandleOf(*module)] { PostMessageW(window, posted, 1, 0); });
+        }
+    };
+    module->on["message 6548 1"] = [&] {
+        is_working = false;
+        EXPECT_EQ(module->Object().EndModal(2), S_OK);
+    };
+    LONGLONG result = 0;
+    Soon([&] { result = Run(*module); });
+    QCoreApplication::exec();
+    worker.join();
+    EXPECT_EQ(result, 2);
+    EXPECT_EQ(m_heard, Heard({"created", "show", "pre 2", "message 6548 1", "pre 2", "end 2", "gone"}));
+}
+
 TEST_F(WindowTest, OwnsTheWindowsThatOpenOverIt) {
     const ComPtr<Module> outer = CreateModule(L"OpenDialog");
     outer->on["show"] = [&] {
