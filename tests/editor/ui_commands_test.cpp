@@ -253,6 +253,7 @@ TEST_F(UiCommands, HaveNoBarWhereNothingScrolls) {
     const ComPtr<KOV::IUIX_Obj> plain = MakeObject<PaneObject>();
     EXPECT_EQ(Ui::CreateCommandBar(host, MakeObject<ListObject>(plain.Get()), parameters, &bar), E_FAIL);
     EXPECT_TRUE(bar.IsNull());
+    EXPECT_TRUE(host->commands->Ids().empty()) << "nothing is left with the host";
     EXPECT_EQ(Ui::CreateCommandBar(host, nullptr, parameters, &bar), E_INVALIDARG);
     EXPECT_EQ(Ui::CreateCommandBar(nullptr, plain, parameters, &bar), E_INVALIDARG);
 }

@@ -217,8 +217,15 @@ HRESULT Ui::CreateCommandBar(KOV::IKOV_Inst* i_kov, KOV::IUIX_Obj* i_object, con
     CHECK_OR_RETURN(command_bar != nullptr, E_FAIL);
     ComPtr<KOV::IUIX_CmdHandler> command_handler;
     CHECK_OR_RETURN(CreateCommandHandler(i_kov, i_parameters, &command_handler));
-    CHECK_OR_RETURN(FillBar(uix, command_handler, i_parameters, command_bar));
-    CHECK_OR_RETURN(DockAtTop(parent_object, command_bar));
+    HRESULT result = FillBar(uix, command_handler, i_parameters, command_bar);
+    if (SUCCEEDED(result)) {
+        result = DockAtTop(parent_object, command_bar);
+    }
+    if (FAILED(result)) {
+        // A command without its bar would stay with the host, and its functions with it.
+        (void)DeleteCommands(i_kov, i_parameters);
+    }
+    CHECK_OR_RETURN(result);
     *o_command_bar = command_bar.Detach();
     TRACE_RETURN(S_OK);
 }
