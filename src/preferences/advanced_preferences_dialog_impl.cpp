@@ -35,8 +35,8 @@ constexpr LPCWSTR log_file_label = L"ed.currenLogFile";
 void OpenAndLog(const std::wstring& path) {
     const auto answer = reinterpret_cast<std::uintptr_t>(ShellExecuteW(nullptr, L"open", path.c_str(), L"", L"", SW_SHOWNORMAL));
     if (answer <= highest_shell_failure) {
-        TRACE_FORMAT(LogLevel::error, L"ShellExecuteW(nullptr, L\"open\", L\"{}\", L\"\", L\"\", SW_SHOWNORMAL)=={}", path,
-                     answer);
+        TRACE_FORMAT(LogLevel::error, L"ShellExecuteW(nullptr, L\"open\", L\"{}\", L\"\", L\"\", SW_SHOWNORMAL)=={}",
+                     Masked(path), answer);
     }
 }
 
@@ -94,7 +94,7 @@ HRESULT AdvancedPreferencesDialogImpl::OnClicked(DWORD control, UiEvent& io_even
         {number(L"btn.openLogFolder"), &AdvancedPreferencesDialogImpl::OnOpenLogFolder},
     };
     for (const Button& button : buttons) {
-        if (button.control == control) {
+        if (control != 0 && button.control == control) { // 0 is no control, and a name that the host couldn't give a number
             io_event.handled = 1;
             return (this->*button.handler)();
         }
@@ -119,8 +119,9 @@ HRESULT AdvancedPreferencesDialogImpl::BindDays() {
     CHECK_OR_RETURN(!object.IsNull(), E_UNEXPECTED);
     ComPtr<IUIX_Edit> edit;
     CHECK_OR_RETURN(object->_QueryImpl(&edit));
-    CHECK_OR_RETURN(m_days_value->put_AllowedChars(L"0123456789"));
-    CHECK_OR_RETURN(m_days_value->SetRange(0, -1, L"", 0.0, most_days, 1.0, 1.0));
+    // The edit shows the days without its limits too.
+    (void)m_days_value->put_AllowedChars(L"0123456789");
+    (void)m_days_value->SetRange(0, -1, L"", 0.0, most_days, 1.0, 1.0);
     CHECK_OR_RETURN(edit->put_NumberValue(m_days_value));
     CHECK_OR_RETURN(edit->put_NumberMode(digits_in_range));
     TRACE_RETURN(S_OK);
@@ -138,15 +139,14 @@ void AdvancedPreferencesDialogImpl::Fill() {
     TRACE_LEAVE();
 }
 
+// Without a trace: its line would open the next log file, and the state would be that of a log which nobody sees yet.
 void AdvancedPreferencesDialogImpl::ShowLogState() {
-    TRACE_ENTER();
     const std::wstring path = CurrentLogPath();
     const VARIANT_BOOL has_folder = IsThere(g_log_folder);
     (void)m_dlg->SetItemText(log_file_label, path.c_str());
     (void)m_dlg->EnableItem(L"btn.openLog", IsThere(path));
     (void)m_dlg->EnableItem(L"btn.openLogFolder", has_folder);
     (void)m_dlg->EnableItem(L"btn.clearLogs", has_folder);
-    TRACE_LEAVE();
 }
 
 HRESULT AdvancedPreferencesDialogImpl::OnOk() {
@@ -224,8 +224,9 @@ HRESULT AdvancedPreferencesDialogImpl::OnOpenLogFolder() {
     const auto answer =
         reinterpret_cast<std::uintptr_t>(ShellExecuteW(nullptr, L"open", L"explorer", parameters.c_str(), L"", SW_SHOWNORMAL));
     if (answer <= highest_shell_failure) {
-        TRACE_FORMAT(LogLevel::error, L"ShellExecuteW(nullptr, L\"open\", L\"explorer\", L\"{}\", L\"\", SW_SHOWNORMAL)=={}",
-                     parameters, answer);
+        TRACE_FORMAT(LogLevel::error,
+                     L"ShellExecuteW(nullptr, L\"open\", L\"explorer\", L\"/select, \"{}\"\", L\"\", SW_SHOWNORMAL)=={}",
+                     Masked(path), answer);
     }
     TRACE_RETURN(S_OK);
 }

@@ -47,6 +47,8 @@ protected:
 private:
     ~PreferencesPage() override = default;
 
+    /// Without them the copy is empty, and must not reach the plug-in.
+    bool HasControls() const { return !m_pObj.IsNull() && !m_dlg.IsNull(); }
     void OnNotification(const KOV::UiNotification& notification, KOV::UiEvent& io_event);
     /// From the copy to the controls.
     void Fill();
@@ -95,7 +97,7 @@ HRESULT PreferencesPage::get_Tip(BSTR* o_tip) {
     INTERFACE_CATCH(nullptr)
 }
 
-// The answer is the other way round than the name says: the host reads "true" as "what the page shows is in force".
+// The answer is the other way round than the name says: true when what the page shows is in force.
 HRESULT PreferencesPage::get_HasChanges(VARIANT_BOOL* o_has_changes) {
     TRACE_ENTER();
     INTERFACE_TRY
@@ -117,15 +119,17 @@ HRESULT PreferencesPage::OnCreateNewUI(IUnknown*, HWND parent, const RECT* rect,
     if (rect != nullptr) {
         create_parameters.rect = *rect;
     }
-    CHECK_OR_RETURN(m_plugin->m_uix_inst->CreateObj(&create_parameters, o_ui));
-    TRACE_RETURN(S_OK);
+    const HRESULT result = m_plugin->m_uix_inst->CreateObj(&create_parameters, o_ui);
+    CHECK_OR_RETURN(result);
+    TRACE_LEAVE(L"{}", result);
+    return result;
     INTERFACE_CATCH(nullptr)
 }
 
 HRESULT PreferencesPage::OnApply(IUnknown*, WORD flag) {
     TRACE_ENTER();
     INTERFACE_TRY
-    if (!m_pObj.IsNull() && flag != 0) {
+    if (HasControls() && flag != 0) {
         Collect();
     }
     TRACE_RETURN(S_OK);
@@ -140,7 +144,9 @@ HRESULT PreferencesPage::OnEvent(KOV::UiEvent* io_event) {
     if (notification == nullptr) {
         return uiStdObjImplT::OnEvent(io_event);
     }
-    OnNotification(*notification, *io_event);
+    if (HasControls()) {
+        OnNotification(*notification, *io_event);
+    }
     return S_OK;
     INTERFACE_CATCH(nullptr)
 }
@@ -158,6 +164,9 @@ void PreferencesPage::OnNotification(const KOV::UiNotification& notification, KO
         return;
     }
     const DWORD control = Ui::ControlOf(notification);
+    if (control == 0) {
+        return; // no control, and what stands for a name that the host couldn't give a number
+    }
     if (control == reset_button) {
         io_event.handled = 1;
         m_preferences = g_default_preferences;
@@ -172,7 +181,7 @@ void PreferencesPage::OnNotification(const KOV::UiNotification& notification, KO
 
 void PreferencesPage::OnUiCreated() {
     TRACE_ENTER();
-    if (m_pObj.IsNull() || m_dlg.IsNull()) {
+    if (!HasControls()) {
         return;
     }
     m_preferences = m_plugin->m_preferences_manager.Snapshot();

@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "frame/diagnostics/mask_url.h"
 #include "frame/log_recorder.h"
 #include "platform/temp_folder.h"
 #include "platform/text.h"
@@ -150,6 +151,29 @@ TEST_F(AdvancedPreferences, TheLogButtonsLiveWhileThereIsSomethingToOpenOrClear)
     EXPECT_FALSE(std::filesystem::exists(log.Folder())) << "Cancel brought the logs back";
 }
 
+TEST_F(AdvancedPreferences, ClearedLogsAreGoneFromTheWindowAtEveryLevel) {
+    const LogRecorder log(LogLevel::verbose);
+    Show(L"btn.cancel", [&](ScriptedWindow& window) {
+        EXPECT_FALSE(Control(L"ed.currenLogFile").text.empty());
+        EXPECT_TRUE(Control(L"btn.openLog").is_enabled);
+        EXPECT_NE(window.Click(L"btn.clearLogs"), 0u);
+        EXPECT_EQ(Control(L"ed.currenLogFile").text, L"") << "a log file was opened while the window was brought up to date";
+        for (const wchar_t* const button : {L"btn.openLog", L"btn.openLogFolder", L"btn.clearLogs"}) {
+            EXPECT_FALSE(Control(button).is_enabled) << Utf8FromWide(button);
+        }
+    });
+}
+
+TEST_F(AdvancedPreferences, TheDaysAreShownWithoutTheirLimitsToo) {
+    uix->number->limits_result = E_FAIL;
+    preferences.days_to_store_logs = 5;
+    Show(L"btn.ok", [&](ScriptedWindow&) {
+        EXPECT_TRUE(Control(L"ed.numberOfDaysToStoreLogs").has_number_value);
+        EXPECT_EQ(uix->number->most, 999);
+        EXPECT_EQ(uix->number->value, 5);
+    });
+}
+
 TEST_F(AdvancedPreferences, TheLogIsOpenedWithTheDesktopsProgram) {
     const TempFolder folder;
     ASSERT_EQ(mkfifo((folder / "pipe").c_str(), 0600), 0);
@@ -172,10 +196,10 @@ TEST_F(AdvancedPreferences, TheLogIsOpenedWithTheDesktopsProgram) {
     });
 }
 
-TEST_F(AdvancedPreferences, ADesktopWithoutAProgramIsLogged) {
+TEST_F(AdvancedPreferences, ADesktopWithoutAProgramIsLoggedWithoutItsPaths) {
     LogRecorder log(LogLevel::error);
     WriteLog(LogLevel::error, "test", L"a line");
-    const std::wstring file = CurrentLogPath();
+    const std::wstring file = MaskUrlForLog(CurrentLogPath());
     const ScopedVariable path("PATH", "/nowhere");
     Show(L"btn.cancel", [&](ScriptedWindow& window) {
         window.Click(L"btn.openLog");

@@ -229,6 +229,31 @@ TEST_F(Page, AMissingControlLeavesItsFieldAndNothingElse) {
     EXPECT_EQ(now.default_check_in_message, L"kept");
 }
 
+TEST_F(Page, WithoutItsControlsItKeepsTheStoreAsItIs) {
+    Manager().Change([](Preferences& io_current) { io_current.default_check_in_message = L"kept"; });
+    Manager().Save();
+    page = Ui::CreatePreferencesPage(module.plugin);
+    ComPtr<KOV::IUIX_ObjImpl> implementation;
+    ASSERT_EQ(page->QueryInterface(&implementation), S_OK);
+    const auto window = MakeObject<ScriptedWindow>(uix->controls[layout], implementation, nullptr);
+    implementation->put_Obj(window); // its controls are yet to come
+    EXPECT_EQ(page->OnApply(nullptr, 1), S_OK);
+    EXPECT_EQ(window->Notify(KOV::UiNotify_Committed, L"cb.afterSave"), 0u);
+    EXPECT_EQ(window->Notify(KOV::UiNotify_Clicked, L"btn.resetPreferences"), 0u);
+    EXPECT_EQ(Manager().Snapshot().default_check_in_message, L"kept");
+    EXPECT_EQ(Stored().default_check_in_message, L"kept");
+    window->Destroy();
+}
+
+TEST_F(Page, HandsOnWhatTheHostMadeOfItsWindow) {
+    for (const HRESULT result : {S_FALSE, E_ACCESSDENIED}) {
+        uix->create_result = result;
+        page = Ui::CreatePreferencesPage(module.plugin);
+        EXPECT_EQ(page->OnCreateNewUI(nullptr, this, nullptr, &ui), result);
+        ui->Destroy();
+    }
+}
+
 TEST_F(Page, OtherNotificationsChangeNothing) {
     Show();
     Control(L"check.whenOpenNoPermissionsShowWarning").check = 1;

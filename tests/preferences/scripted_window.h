@@ -24,18 +24,19 @@ struct ScriptedControl {
     std::vector<ComboItem> items;
     LONG selected = -1;
     DWORD number = 0;
+    bool has_number_value = false;
 };
 
 class ScriptedNumber final : public cCoClassUnknownT<KOV::IUIX_NumberValue> {
 public:
     HRESULT put_AllowedChars(LPCWSTR characters) override {
         allowed = characters;
-        return S_OK;
+        return limits_result;
     }
     HRESULT SetRange(LONG, LONG, LPCWSTR, double new_least, double new_most, double, double) override {
         least = new_least;
         most = new_most;
-        return S_OK;
+        return limits_result;
     }
     HRESULT put_Value(double new_value) override {
         value = new_value;
@@ -50,6 +51,7 @@ public:
     double least = 0;
     double most = 0;
     double value = -1;
+    HRESULT limits_result = S_OK;
     HRESULT value_result = S_OK;
 };
 
@@ -92,7 +94,10 @@ public:
         }
         return E_FAIL;
     }
-    HRESULT put_NumberValue(KOV::IUIX_NumberValue*) override { return S_OK; }
+    HRESULT put_NumberValue(KOV::IUIX_NumberValue* value) override {
+        m_control.has_number_value = value != nullptr;
+        return S_OK;
+    }
     HRESULT put_NumberMode(LONG) override { return S_OK; }
 
     HRESULT DoModal(LONG, LONGLONG*) override { return E_NOTIMPL; }
@@ -220,7 +225,7 @@ public:
         if (out_object != nullptr) {
             ComPtr<KOV::IUIX_Obj>(window).CopyTo(out_object);
         }
-        return S_OK;
+        return create_result;
     }
     HRESULT CreateNumberValue(KOV::IUIX_NumberValue** out_value) override {
         if (number.IsNull()) {
@@ -236,6 +241,7 @@ public:
     std::function<void(ScriptedWindow&)> person;
     std::vector<KOV::CreateUiObjectParameters> asked;
     std::vector<std::wstring> layouts;
+    HRESULT create_result = S_OK;
     ComPtr<ScriptedWindow> window;
     ComPtr<ScriptedNumber> number = MakeObject<ScriptedNumber>();
 };
