@@ -5,7 +5,19 @@
 
 namespace {
 
+using KOV::UIX_ObjModal_AppModal;
+
 constexpr WORD layouts_resource = 101;
+
+HRESULT RunLoop(KOV::IUIX_Obj* m_pObj, LONGLONG& result) {
+    CHECK_OR_RETURN(m_pObj->DoModal(UIX_ObjModal_AppModal, &result));
+    return S_OK;
+}
+
+HRESULT DestroyObject(KOV::IUIX_Obj* m_pObj) {
+    CHECK_OR_RETURN(m_pObj->Destroy());
+    return S_OK;
+}
 
 } // namespace
 
@@ -35,10 +47,11 @@ HRESULT RunModalWindow(KOV::IUIX_Inst* uix_instance, KOV::IUIX_ObjImpl* implemen
     CHECK_OR_RETURN(m_pObj != nullptr, S_FALSE);
     // Destroyed whatever the loop ended with: nothing of the window may outlive this call.
     const ComPtr<KOV::IUIX_Obj> object = m_pObj;
-    const HRESULT modal_result = object->DoModal(KOV::UIX_ObjModal_AppModal, io_result);
-    const HRESULT destroy_result = object->Destroy();
-    CHECK_OR_RETURN(modal_result);
-    CHECK_OR_RETURN(destroy_result);
+    const HRESULT modal_result = RunLoop(object, *io_result);
+    const HRESULT destroy_result = DestroyObject(object);
+    if (FAILED(modal_result) || FAILED(destroy_result)) {
+        return FAILED(modal_result) ? modal_result : destroy_result;
+    }
     TRACE_RETURN(S_OK);
 }
 

@@ -14,55 +14,53 @@ struct SignIn {
     LPCWSTR resource_url;
 };
 
-/// A cookie as `name=value`. `length` is what the store asked for.
-HRESULT ReadCookie(LPCWSTR i_resource_url, LPCWSTR name, DWORD length, std::wstring& out_text) {
-    std::wstring text(length + size_t{1}, L'\0');
-    CHECK_OR_RETURN(InternetGetCookieExW(i_resource_url, name, text.data(), &length, INTERNET_COOKIE_HTTPONLY, nullptr) != FALSE,
+/// Makes the header of the two cookies, each a text `name=value` as long as the store says.
+HRESULT ReadCookies(LPCWSTR i_resource_url, DWORD fed_length, std::wstring& out_header) {
+    std::wstring fed_text(fed_length + size_t{1}, L'\0');
+    wchar_t* const fed = fed_text.data();
+    CHECK_OR_RETURN(InternetGetCookieExW(i_resource_url, L"FedAuth", fed, &fed_length, INTERNET_COOKIE_HTTPONLY, 0),
                     HRESULT_FROM_WIN32(GetLastError()));
-    out_text = text.c_str();
+    DWORD rtfa_length = 0;
+    CHECK_OR_RETURN(InternetGetCookieExW(i_resource_url, L"rtFa", nullptr, &rtfa_length, INTERNET_COOKIE_HTTPONLY, 0),
+                    HRESULT_FROM_WIN32(GetLastError()));
+    std::wstring rtfa_text(rtfa_length + size_t{1}, L'\0');
+    wchar_t* const rtfa = rtfa_text.data();
+    CHECK_OR_RETURN(InternetGetCookieExW(i_resource_url, L"rtFa", rtfa, &rtfa_length, INTERNET_COOKIE_HTTPONLY, 0),
+                    HRESULT_FROM_WIN32(GetLastError()));
+    out_header = std::wstring(L"Cookie:") + fed + L"; " + rtfa + L"\n";
     return S_OK;
 }
 
-/// Takes the header out of the cookies when the navigation ended at the place where they have to be. `out_header` stays empty
-/// while the user is still on the way.
-HRESULT TakeHeader(const SignIn& sign_in, LPCWSTR i_url, std::wstring& out_header) {
+/// Ends the dialog with the header when the navigation ended at the place where the cookies have to be; else the user is still on
+/// the way.
+HRESULT TakeHeader(const SignIn& sign_in, LPCWSTR i_url, KOV::WebBrowserDialog& dialog, std::wstring& out_header) {
+    INTERFACE_TRY
     CHECK_OR_RETURN(i_url != nullptr, E_FAIL);
     const bool has_return_url = !sign_in.return_url.empty();
     if (has_return_url && CompareUrls(i_url, sign_in.return_url.c_str()) != CompareUrlsResult::equal) {
         TRACE_FORMAT(LogLevel::verbose, L"Navigating to non-return URL '{}'", Masked(i_url));
         return S_OK;
     }
-    LPCWSTR const i_resource_url = sign_in.resource_url;
     DWORD fed_length = 0;
-    if (!InternetGetCookieExW(i_resource_url, L"FedAuth", nullptr, &fed_length, INTERNET_COOKIE_HTTPONLY, nullptr)) {
+    if (!InternetGetCookieExW(sign_in.resource_url, L"FedAuth", nullptr, &fed_length, INTERNET_COOKIE_HTTPONLY, 0)) {
         const DWORD error = GetLastError();
         TRACE_FORMAT(LogLevel::information, L"FedAuth cookie not found on navigating to '{}', GetLastError()='{}'.",
                      Masked(i_url), GetErrorString(error));
         return has_return_url ? E_UNEXPECTED : S_OK;
     }
     TRACE_FORMAT(LogLevel::verbose, L"FedAuth cookie is found on navigating to '{}', length is {}", Masked(i_url), fed_length);
-    std::wstring fed;
-    CHECK_OR_RETURN(ReadCookie(i_resource_url, L"FedAuth", fed_length, fed));
-    DWORD rtfa_length = 0;
-    CHECK_OR_RETURN(InternetGetCookieExW(i_resource_url, L"rtFa", nullptr, &rtfa_length, INTERNET_COOKIE_HTTPONLY, nullptr) !=
-                        FALSE,
-                    HRESULT_FROM_WIN32(GetLastError()));
-    std::wstring rtfa;
-    CHECK_OR_RETURN(ReadCookie(i_resource_url, L"rtFa", rtfa_length, rtfa));
-    out_header = L"Cookie:" + fed + L"; " + rtfa + L"\n";
+    CHECK_OR_RETURN(ReadCookies(sign_in.resource_url, fed_length, out_header));
+    CHECK_OR_RETURN(dialog.EndModal(1));
     return S_OK;
+    INTERFACE_CATCH_SHORT(nullptr)
 }
 
-/// Ends the dialog when the sign-in is done or can't be.
+/// Ends the dialog when the sign-in is done, and when it can't be.
 HRESULT OnNavigateComplete(const SignIn& sign_in, LPCWSTR i_url, KOV::WebBrowserDialog& dialog, std::wstring& out_header) {
     TRACE_ENTER();
-    const HRESULT result = TakeHeader(sign_in, i_url, out_header);
-    if (FAILED(result)) {
+    if (const HRESULT result = TakeHeader(sign_in, i_url, dialog, out_header); FAILED(result)) {
         (void)dialog.EndModal(result);
         return result;
-    }
-    if (!out_header.empty()) {
-        CHECK_OR_RETURN(dialog.EndModal(1));
     }
     TRACE_RETURN(S_OK);
 }

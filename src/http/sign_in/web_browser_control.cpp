@@ -142,3 +142,8 @@ HRESULT WebBrowserControl::OpenStorage(const OLECHAR*, IStorage*, DWORD, SNB, DW
 }
 
 HRESULT WebBrowserControl::EnumElements(DWORD, void*, DWORD, IEnumSTATSTG** out_enum) { return Without(out_enum, E_NOTIMPL); }
+
+HRESULT WebBrowserControl::Stat(STATSTG* out_stat, DWORD) {
+    CHECK_OR_RETURN(out_stat != nullptr, E_INVALIDARG);
+    return E_NOTIMPL;
+}

@@ -64,7 +64,7 @@ public:
     HRESULT SetElementTimes(const OLECHAR*, const FILETIME*, const FILETIME*, const FILETIME*) override { return E_NOTIMPL; }
     HRESULT SetClass(REFCLSID) override { return S_OK; }
     HRESULT SetStateBits(DWORD, DWORD) override { return E_NOTIMPL; }
-    HRESULT Stat(STATSTG*, DWORD) override { return E_NOTIMPL; }
+    HRESULT Stat(STATSTG* out_stat, DWORD flags) override;
 
 private:
     HRESULT MakeBrowser(const RECT& rect);

@@ -26,24 +26,28 @@ HRESULT WebBrowserDialog::DoModal(LPCWSTR i_url, BeforeNavigate before_navigate,
     _url = i_url;
     _events.before_navigate = std::move(before_navigate);
     _events.navigate_complete = std::move(navigate_complete);
-    ComPtr<IUIX_Inst> uix_instance;
-    CHECK_OR_RETURN(_kov_instance->GetExtension(L"UIX", (IUnknown**)&uix_instance));
     LONGLONG result = E_UNEXPECTED;
-    const HRESULT run_result =
-        Ui::RunModalWindow(uix_instance, this, m_pObj, browser_window, OwnerWindow(_kov_instance), &result);
+    const HRESULT run_result = Run(&result);
+    // They may look at what lives only as long as this call.
+    _events.before_navigate = nullptr;
+    _events.navigate_complete = nullptr;
     if (run_result != S_OK) {
         return run_result;
     }
-    switch (result) {
-    case id_ok:
-        TRACE_RETURN(S_OK);
-    case 0:
-    case id_cancel:
-        TRACE_RETURN(E_CANCELED);
-    default:
-        TRACE_LEAVE(L"{}", result);
-        return static_cast<HRESULT>(result);
+    CHECK_OR_RETURN(result != 0 && result != id_cancel, E_CANCELED);
+    if (result != id_ok) {
+        const auto end_code = static_cast<HRESULT>(result);
+        CHECK_OR_RETURN(end_code);
+        return end_code;
     }
+    TRACE_RETURN(S_OK);
+}
+
+HRESULT WebBrowserDialog::Run(LONGLONG* out_result) {
+    const HWND owner = OwnerWindow(_kov_instance);
+    ComPtr<IUIX_Inst> uix_instance;
+    CHECK_OR_RETURN(_kov_instance->GetExtension(L"UIX", (IUnknown**)&uix_instance));
+    return Ui::RunModalWindow(uix_instance, this, m_pObj, browser_window, owner, out_result);
 }
 
 HRESULT WebBrowserDialog::EndModal(HRESULT code) {

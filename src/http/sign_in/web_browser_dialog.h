@@ -44,6 +44,8 @@ private:
         NavigateComplete navigate_complete;
     };
 
+    /// Runs the window until it ends with a code.
+    HRESULT Run(LONGLONG* out_result);
     void OnInitDialog();
     void OnSize();
     /// Lets the browser see the keys of the host's loop.

@@ -63,7 +63,7 @@ struct PostData {
 
 /// The bytes of a form; none is no failure.
 HRESULT ReadPostData(const VARIANT& value, PostData& out_data) {
-    if (value.vt == VT_EMPTY) {
+    if (value.vt == VT_EMPTY || ((value.vt & (VT_ARRAY | VT_BYREF)) == VT_ARRAY && value.parray == nullptr)) {
         return S_OK;
     }
     CHECK_OR_RETURN((value.vt & (VT_ARRAY | VT_BYREF)) == VT_ARRAY, E_INVALIDARG);
@@ -78,6 +78,15 @@ HRESULT ReadPostData(const VARIANT& value, PostData& out_data) {
     out_data.size = static_cast<ULONG>(LONGLONG{upper} - lower + 1);
     // The array lives on in the argument, and its data with it.
     return SafeArrayUnaccessData(value.parray);
+}
+
+HRESULT Disconnect(IWebBrowser2* _web_browser, DWORD _cookie) {
+    ComPtr<IConnectionPointContainer> connection_point_container;
+    CHECK_OR_RETURN(_web_browser->QueryInterface(&connection_point_container));
+    ComPtr<IConnectionPoint> connection_point;
+    CHECK_OR_RETURN(connection_point_container->FindConnectionPoint(__uuidof(DWebBrowserEvents2), &connection_point));
+    CHECK_OR_RETURN(connection_point->Unadvise(_cookie));
+    return S_OK;
 }
 
 } // namespace
@@ -102,13 +111,11 @@ HRESULT WebBrowserEvents2::Uninit() {
     if (_web_browser.IsNull() && _cookie == 0) {
         TRACE_RETURN(S_FALSE);
     }
+    // Cleared first: what the browser does meanwhile finds no connection.
     const ComPtr<IWebBrowser2> web_browser = std::move(_web_browser);
-    const DWORD cookie = std::exchange(_cookie, 0);
-    ComPtr<IConnectionPointContainer> connection_point_container;
-    CHECK_OR_RETURN(web_browser->QueryInterface(&connection_point_container));
-    ComPtr<IConnectionPoint> connection_point;
-    CHECK_OR_RETURN(connection_point_container->FindConnectionPoint(__uuidof(DWebBrowserEvents2), &connection_point));
-    CHECK_OR_RETURN(connection_point->Unadvise(cookie));
+    if (const HRESULT result = Disconnect(web_browser, std::exchange(_cookie, 0)); FAILED(result)) {
+        return result;
+    }
     TRACE_RETURN(S_OK);
 }
 

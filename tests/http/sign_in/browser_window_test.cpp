@@ -1,11 +1,15 @@
 // The window with the browser in it, and what it makes of finished navigations, over the real cookie store.
 
+#include <memory>
+
 #include <gtest/gtest.h>
 
 #include "frame/diagnostics/cancel.h"
+#include "frame/log_recorder.h"
 #include "http/sign_in/microsoft_forms.h"
 #include "http/sign_in/scripted_browser.h"
 #include "http/sign_in/web_browser_control.h"
+#include "http/sign_in/web_browser_dialog.h"
 #include "platform/wininet.h"
 #include "platform/wininet_settings.h"
 #include "support/in_process_module.h"
@@ -133,6 +137,48 @@ TEST_F(BrowserWindow, EndsWithWhatItsCodeMeans) {
     EXPECT_EQ(header, L"");
 }
 
+TEST_F(BrowserWindow, ASignInThatCantEndItsWindowWellEndsItWithTheFailure) {
+    SetCookie(L"FedAuth", L"1");
+    SetCookie(L"rtFa", L"2");
+    windows.script = [&](ScriptedWindow& window) {
+        window.refused_code = 1;
+        EXPECT_EQ(browsers.next->Complete(back), E_ACCESSDENIED);
+    };
+    EXPECT_EQ(SignIn(back), E_ACCESSDENIED);
+    EXPECT_EQ(header, L"untouched");
+}
+
+TEST_F(BrowserWindow, ANavigationElsewhereAfterTheSignInEndsNothing) {
+    SetCookie(L"FedAuth", L"1");
+    SetCookie(L"rtFa", L"2");
+    windows.script = [&](ScriptedWindow& window) {
+        EXPECT_EQ(browsers.next->Complete(back), S_OK);
+        EXPECT_EQ(browsers.next->Complete(site), S_OK);
+        EXPECT_EQ(window.asked_codes, std::vector<LONGLONG>{1});
+    };
+    EXPECT_EQ(SignIn(back), S_OK);
+}
+
+TEST_F(BrowserWindow, AWindowThatFailsIsDestroyedAndNamedInTheLog) {
+    const LogRecorder log(LogLevel::error);
+    windows.modal_result = E_ACCESSDENIED;
+    EXPECT_EQ(SignIn(back), E_ACCESSDENIED);
+    EXPECT_TRUE(browsers.next->sink.IsNull());
+    EXPECT_NE(log.Text().find(L"Expression: 'm_pObj->DoModal(UIX_ObjModal_AppModal, &result)' caused returning '"),
+              std::wstring::npos);
+}
+
+TEST_F(BrowserWindow, ForgetsItsListenersWithTheEndOfTheCall) {
+    for (const HRESULT create_result : {S_OK, E_ACCESSDENIED}) {
+        windows.create_result = create_result;
+        const auto caller = std::make_shared<int>();
+        const ComPtr<KOV::WebBrowserDialog> dialog = MakeObject<KOV::WebBrowserDialog>(ComPtr<KOV::IKOV_Inst>(module.host));
+        EXPECT_TRUE(FAILED(dialog->DoModal(
+            site, [caller](auto&&...) { return S_OK; }, [caller](LPCWSTR) { return S_OK; })));
+        EXPECT_EQ(caller.use_count(), 1) << create_result;
+    }
+}
+
 TEST_F(BrowserWindow, StaysEmptyUntilItIsClosedWhenTheBrowserFails) {
     browsers.next->verb_result = E_ACCESSDENIED;
     windows.script = [&](ScriptedWindow& window) {
@@ -235,6 +281,7 @@ TEST(WebBrowserControl, AnswersAsTheSiteOfItsBrowser) {
     EXPECT_EQ(stream, nullptr);
     EXPECT_EQ(container, nullptr);
     EXPECT_EQ(control.GetContainer(nullptr), E_INVALIDARG);
+    EXPECT_EQ(control.Stat(nullptr, 0), E_INVALIDARG);
     EXPECT_EQ(control.GetWindow(nullptr), E_INVALIDARG);
     EXPECT_EQ(control.EnumElements(0, nullptr, 0, nullptr), E_INVALIDARG);
     EXPECT_EQ(control.GetWindowContext(nullptr, nullptr, nullptr, nullptr, nullptr), E_INVALIDARG);

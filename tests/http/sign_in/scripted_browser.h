@@ -123,8 +123,8 @@ private:
 /// A window that runs a script in the place of a loop.
 class ScriptedWindow final : public cCoClassDispatchT<KOV::IUIX_Obj, KOV::IUIX_Application> {
 public:
-    ScriptedWindow(KOV::IUIX_ObjImpl* implementation, std::function<void(ScriptedWindow&)> script)
-        : m_implementation(implementation), m_script(std::move(script)) {}
+    ScriptedWindow(KOV::IUIX_ObjImpl* implementation, std::function<void(ScriptedWindow&)> script, HRESULT modal_result = S_OK)
+        : m_implementation(implementation), m_script(std::move(script)), m_modal_result(modal_result) {}
 
     void Raise(DWORD code) {
         KOV::UiEvent event{.code = code};
@@ -140,9 +140,13 @@ public:
         if (m_has_ended) {
             *io_result = m_code;
         }
-        return S_OK;
+        return m_modal_result;
     }
     HRESULT EndModal(LONGLONG code) override {
+        asked_codes.push_back(code);
+        if (code == refused_code) {
+            return E_ACCESSDENIED;
+        }
         m_code = m_has_ended ? m_code : code;
         m_has_ended = true;
         return S_OK;
@@ -178,10 +182,14 @@ public:
 
     const HWND window = CreateHostWindow();
     std::vector<ComPtr<KOV::IUIX_EventLoopMonitor>> monitors;
+    std::vector<LONGLONG> asked_codes;
+    /// With which the window doesn't want to end.
+    LONGLONG refused_code = -1;
 
 private:
     ComPtr<KOV::IUIX_ObjImpl> m_implementation;
     const std::function<void(ScriptedWindow&)> m_script;
+    const HRESULT m_modal_result;
     LONGLONG m_code = 0;
     bool m_has_ended = false;
 };
@@ -197,6 +205,7 @@ public:
     /// What a person does in the window.
     std::function<void(ScriptedWindow&)> script;
     HRESULT create_result = S_OK;
+    HRESULT modal_result = S_OK;
     /// With success: the host makes no window.
     bool makes_nothing = false;
     std::vector<KOV::CreateUiObjectParameters> created;
@@ -210,7 +219,7 @@ private:
             if (FAILED(m_windows.create_result) || m_windows.makes_nothing) {
                 return m_windows.create_result;
             }
-            const auto window = MakeObject<ScriptedWindow>(parameters->implementation, m_windows.script);
+            const auto window = MakeObject<ScriptedWindow>(parameters->implementation, m_windows.script, m_windows.modal_result);
             (void)parameters->implementation->put_Obj(window);
             window->Raise(KOV::UiEvent_Created);
             return S_OK;
