@@ -20,6 +20,7 @@
 
 #include "bench/measure.h"
 #include "bench/module_work.h"
+#include "bench/table.h"
 #include "bench/units.h"
 
 namespace fs = std::filesystem;
@@ -131,22 +132,6 @@ Figures MeanWork(const std::vector<std::string>& words, int runs) {
     }
     return sums;
 }
-
-class Table {
-public:
-    void Row(const std::string& what, const std::string& measured, const std::string& goal, bool holds) {
-        fmt::print("| {} | {} | {} | {} |\n", what, measured, goal, holds ? "holds" : "MISSED");
-        std::fflush(stdout);
-        m_all_hold = m_all_hold && holds;
-    }
-    void Ratio(const std::string& what, double ratio, double goal) {
-        Row(what, fmt::format("{:.2f} ×", ratio), fmt::format("at most {:.3g} ×", goal), ratio <= goal);
-    }
-    bool AllHold() const { return m_all_hold; }
-
-private:
-    bool m_all_hold = true;
-};
 
 void MakeSmallFiles(const fs::path& folder, int count) {
     fs::create_directories(folder);

@@ -24,7 +24,7 @@ private:
     std::size_t m_next = 0;
 };
 
-class NamedFolder final : public UnansweredFileSys {
+class NamedFolder : public UnansweredFileSys {
 public:
     HRESULT NameToString(KOV::IAFS_Name* name, DWORD, KOV::IAFS_Name*, BSTR* out_name) override {
         *out_name = name == nullptr ? nullptr : SysAllocString(static_cast<NamedItemName*>(name)->address.c_str());
