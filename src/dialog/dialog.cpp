@@ -297,7 +297,13 @@ HRESULT Dialog::OnEndModal() {
     TRACE_RETURN(S_OK);
 }
 
+// As a rule no worker is left. A host whose window went in the middle of all has let calls to its main thread fail, so that the
+// worker ends.
 void Dialog::ReleaseParts() {
+    if (m_navigator != nullptr) {
+        m_navigator->Stop();
+    }
+    m_worker.End();
     DeleteCommandBar();
     // Null before it goes: what the emptied list notifies finds none.
     const std::unique_ptr<FolderItemsList> list = std::move(m_list);
@@ -305,14 +311,8 @@ void Dialog::ReleaseParts() {
     m_navigator.reset();
 }
 
-// As a rule all is released by now. A host that destroys the window in the middle of all has let calls to its main thread fail,
-// so that the worker ends.
 void Dialog::OnObjectGone() {
     TRACE_ENTER();
-    if (m_navigator != nullptr) {
-        m_navigator->Stop();
-    }
-    m_worker.End();
     ReleaseParts();
     TRACE_LEAVE();
 }

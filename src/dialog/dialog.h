@@ -85,7 +85,8 @@ private:
     HRESULT CollectNames(const std::vector<ChosenEntry>& names, IAFS_NamesCollection* collection);
     std::vector<ChosenEntry> GetSelectedFolderFromList() const;
     std::vector<ChosenEntry> GetNamesFromNameEditControl() const;
-    std::vector<std::wstring> TypedNames() const;
+    std::vector<ChosenEntry> FindFolder(const std::wstring& name) const;
+    std::wstring CompleteName(std::wstring name) const;
     bool MayReplace(const std::wstring& title) const;
     void ShowError(const std::wstring& message) const;
     bool HasFlag(DWORD flag) const { return (m_parameters->Flags & flag) != 0; }

@@ -101,31 +101,46 @@ std::vector<ChosenEntry> Dialog::GetSelectedFolderFromList() const {
 
 std::vector<ChosenEntry> Dialog::GetNamesFromNameEditControl() const {
     TRACE_ENTER();
+    const std::wstring text(TrimBlanks(TextOf(L"ed.name")));
+    if (text.empty()) {
+        return {};
+    }
+    std::optional<std::vector<std::wstring>> names;
+    if (HasFlag(Ui::DialogFlag_AllowMultiSelect)) {
+        names = ParseQuotedNames(text);
+    }
+    if (!names) {
+        if (std::vector<ChosenEntry> folder = FindFolder(text); !folder.empty()) {
+            return folder;
+        }
+        names = {CompleteName(text)};
+    }
     std::vector<ChosenEntry> entries;
-    for (std::wstring& name : TypedNames()) {
+    for (std::wstring& name : *names) {
         entries.push_back({std::move(name), {}});
     }
     MatchItems(entries, m_navigator->GetItems());
     return entries;
 }
 
-std::vector<std::wstring> Dialog::TypedNames() const {
-    const std::wstring text = TextOf(L"ed.name");
-    std::wstring name(TrimBlanks(text));
-    if (name.empty()) {
-        return {};
-    }
-    if (HasFlag(Ui::DialogFlag_AllowMultiSelect)) {
-        if (std::optional<std::vector<std::wstring>> names = ParseQuotedNames(name)) {
-            return *std::move(names);
-        }
-    }
+/// The folder of that name. It has no extension to be completed, whatever type of files is chosen.
+std::vector<ChosenEntry> Dialog::FindFolder(const std::wstring& name) const {
+    std::vector<ChosenEntry> entries = {{name, {}}};
+    MatchItems(entries, m_navigator->GetItems());
+    DWORD attributes = 0;
+    const FolderItem& item = entries.front().item;
+    const bool is_folder = !item.info.IsNull() && SUCCEEDED(item.info->get_Attributes(&attributes)) &&
+                           Bits::Has(attributes, AFS_FileAttribute_Folder);
+    return is_folder ? entries : std::vector<ChosenEntry>();
+}
+
+std::wstring Dialog::CompleteName(std::wstring name) const {
     if (HasFlag(Ui::DialogFlag_AddDefaultExt)) {
         AddDefaultExtension(name, m_parameters->DefaultExt);
     } else if (m_filter != nullptr) {
         m_filter->AddFilterExtension(name, m_parameters->DefaultExt);
     }
-    return {std::move(name)};
+    return name;
 }
 
 bool Dialog::MayReplace(const std::wstring& title) const {
