@@ -79,6 +79,11 @@ void DeleteCookie(const std::wstring& uri, const wchar_t* name) {
                    ApiException());
 }
 
+void DeleteSignInCookies(const std::wstring& uri) {
+    DeleteCookie(uri, L"FedAuth");
+    DeleteCookie(uri, L"rtFa");
+}
+
 } // namespace
 
 Session::Session(Private, ComPtr<FileSystem> file_system, ComPtr<KOV::IAFS_BindContext> context)
@@ -160,14 +165,15 @@ HRESULT Session::BindWeb(const std::wstring& url) {
 void Session::SignOut() {
     TRACE_ENTER();
     if (m_http != nullptr) {
+        // Those that outlast the browser's session would sign in the very request that has to be refused.
+        DeleteSignInCookies(m_http->GetUri());
         Http::Session::Credentials account = GetStoredCredentials(m_http->GetUri(), m_file_system->m_plugin, m_context);
         m_http->ResetAuthorizationData(std::move(account), {});
     }
     // Also for a server of one's own: the browser may hold a sign-in of the hosted service.
     const auto hosted_service = Http::Session::Create(std::wstring(L"https://") + hosted_sign_in_host, {});
     hosted_service->SendRequest(L"GET", L"logout.srf", nullptr, nullptr, nullptr, 0, true);
-    DeleteCookie(m_http->GetUri(), L"FedAuth");
-    DeleteCookie(m_http->GetUri(), L"rtFa");
+    DeleteSignInCookies(m_http->GetUri());
     TRACE_LEAVE();
 }
 

@@ -25,13 +25,13 @@ protected:
     }
 
     /// What the person and the server's pages do together: the cookies are there, and the browser reaches the return URL.
-    void SignInAsAnn() {
+    void SignInAsAnn(const wchar_t* attributes = L"") {
         const std::string cookies = server.SignIn("ann");
         const std::size_t middle = cookies.find("; ");
         for (const std::string& cookie : {cookies.substr(0, middle), cookies.substr(middle + 2)}) {
             const std::size_t equals = cookie.find('=');
             InternetSetCookieExW(Origin().c_str(), WideFromUtf8(cookie.substr(0, equals)).c_str(),
-                                 WideFromUtf8(cookie.substr(equals + 1)).c_str(), INTERNET_COOKIE_HTTPONLY, 0);
+                                 (WideFromUtf8(cookie.substr(equals + 1)) + attributes).c_str(), INTERNET_COOKIE_HTTPONLY, 0);
         }
         const std::wstring opened = browsers.next->opened.back();
         browsers.next->Complete(opened.c_str());
@@ -46,7 +46,7 @@ protected:
         details->Clear();
         return fs->EnumFolder(name, details, nullptr, &listing);
     }
-    std::wstring Origin() const { return WideFromUtf8(server.Origin()); }
+    std::wstring Origin() const { return origin; }
     ComPtr<AccountData> Account() { return MakeObject<AccountData>(module.plugin, server.WideUrl("sites/x")); }
     std::string Details() { return Utf8FromWide(TextOf(details)); }
 
@@ -58,6 +58,7 @@ protected:
     ComPtr<FileSystem> fs = module.plugin->m_file_system;
     ComPtr<KOV::IString> details = MakeObject<StringObject>();
     ComPtr<KOV::IAFS_Name> name;
+    std::wstring origin = WideFromUtf8(server.Origin());
 };
 
 TEST_F(FormsSession, ASignInLastsOverSessionsWithoutAQuestion) {
@@ -122,6 +123,18 @@ TEST_F(FormsSession, SignOutEndsTheSignIn) {
     EXPECT_FALSE(InternetGetCookieExW(Origin().c_str(), L"FedAuth", nullptr, &length, INTERNET_COOKIE_HTTPONLY, nullptr));
     EXPECT_EQ(List(), S_OK) << Details();
     EXPECT_EQ(windows.created.size(), 2u) << "the next request asks anew";
+}
+
+TEST_F(FormsSession, SignOutEndsASignInThatOutlastsTheProgram) {
+    // On a default port, where the process's cookies are on every request.
+    wininet::AddConnectTo("team.example:80:127.0.0.1:" + std::to_string(server.Port()));
+    origin = L"http://team.example";
+    windows.script = [this](ScriptedWindow&) { SignInAsAnn(L"; path=/; max-age=10000"); };
+    const ComPtr<AccountData> account = MakeObject<AccountData>(module.plugin, L"http://team.example/sites/x");
+    ASSERT_EQ(Bind(account), S_OK) << Details();
+    EXPECT_EQ(fs->Exec(name, L"SignOut", nullptr, nullptr, details, nullptr), S_OK) << Details();
+    EXPECT_EQ(List(), S_OK) << Details();
+    EXPECT_EQ(windows.created.size(), 2u);
 }
 
 } // namespace
