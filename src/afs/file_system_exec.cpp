@@ -10,8 +10,6 @@
 
 namespace {
 
-constexpr VARTYPE by_reference = 0x4000;
-
 // The host's numbers, passed as they stand.
 constexpr DWORD local_file_cache_flags = 0xA00;
 constexpr DWORD default_delete_mode = 0xFFFFFFFF;
@@ -25,7 +23,7 @@ class ArgumentArray {
 public:
     /// Everything but an array of `VARIANT`s of one dimension counts as an array without elements.
     explicit ArgumentArray(const VARIANT* arguments) {
-        if (arguments == nullptr || (arguments->vt & VT_ARRAY) == 0 || (arguments->vt & by_reference) != 0 ||
+        if (arguments == nullptr || (arguments->vt & VT_ARRAY) == 0 || (arguments->vt & VT_BYREF) != 0 ||
             arguments->parray == nullptr || SafeArrayGetDim(arguments->parray) != 1) {
             return;
         }
