@@ -2,6 +2,7 @@
 
 #include <QListWidget>
 #include <QPushButton>
+#include <QScreen>
 #include <QScrollArea>
 #include <QStackedWidget>
 #include <QVBoxLayout>
@@ -39,6 +40,15 @@ Gallery::Gallery(DesktopUix& uix, std::span<const BYTE> layouts)
     connect(m_list, &QListWidget::currentRowChanged, m_stack, &QStackedWidget::setCurrentIndex);
     connect(open, &QPushButton::clicked, this, [this] { Open(m_list->currentRow()); });
     Show(0);
+    resize(SizeForAll().boundedTo(screen()->availableSize()));
+}
+
+QSize Gallery::SizeForAll() const {
+    QSize largest;
+    for (const ComPtr<KOV::IUIX_Obj>& page : m_pages) {
+        largest = largest.expandedTo(PartOf(page)->Widget()->sizeHint());
+    }
+    return largest + layout()->sizeHint() - m_stack->sizeHint();
 }
 
 Gallery::~Gallery() {

@@ -35,6 +35,8 @@ private:
     };
 
     void Add(std::span<const BYTE> layouts);
+    /// At which no page scrolls.
+    QSize SizeForAll() const;
     ComPtr<KOV::IUIX_Obj> Make(const Entry& entry, DWORD window_style);
 
     DesktopUix& m_uix;

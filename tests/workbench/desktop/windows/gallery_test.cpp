@@ -55,7 +55,6 @@ TEST_F(GalleryTest, ShowsEveryLayoutWithNoTextCut) {
     Gallery gallery(*m_uix.Get(), Layouts());
     EXPECT_EQ(gallery.Names(), QStringList({"Controls", "OpenDialog", "SaveDialog", "WebBrowserDialog",
                                             "DlgAppPrefs.SharePoint.Name", "AdvancedPreferencesDialog"}));
-    gallery.resize(1100, 700);
     gallery.show();
     for (int index = 0; index < gallery.Names().size(); ++index) {
         gallery.Show(index);
