@@ -97,12 +97,19 @@ void File::CheckIn(const wchar_t* i_comment, SharePoint::CheckInType i_type, boo
                    HResultException(E_FAIL, Ui::FormatString(m_kov_inst, L"sp.msg.checkInFailed", FileName())));
     m_need_checkin = false;
     SetCheckOut(SharePoint::File::CheckOutState::none);
-    // The check-in makes a new time on the server, which must not count as somebody else's change.
-    m_modified_time = ServerTime();
-    if (keep_check_out) {
-        TRACE_FORMAT(LogLevel::information, L"check out after check in");
-        CheckOut(false);
-    } else {
+    try {
+        // The check-in makes a new time on the server, which must not count as somebody else's change.
+        m_modified_time = ServerTime();
+        if (keep_check_out) {
+            TRACE_FORMAT(LogLevel::information, L"check out after check in");
+            CheckOut(false);
+        }
+    } catch (...) {
+        // The file is nobody's by now, whatever failed behind that.
+        m_plugin->OnFileStateChanged(this);
+        throw;
+    }
+    if (!keep_check_out) {
         m_plugin->OnFileStateChanged(this);
     }
     TRACE_LEAVE();

@@ -107,9 +107,12 @@ void Name::SetObject(const std::shared_ptr<SharePoint::Object>& object) {
     TRACE_ENTER();
     CHECK_OR_THROW(object, HResultException(E_INVALIDARG));
     std::wstring url = GetAbsoluteUrl(*m_session, *object);
-    m_object = object;
+    {
+        const std::scoped_lock hold(m_object_lock);
+        m_object = object;
+    }
     m_url = std::move(url);
-    if (m_object->AsFolder() != nullptr) {
+    if (object->AsFolder() != nullptr) {
         m_attributes = KOV::AFS_FileAttributes::AFS_FileAttribute_Folder;
     }
     TRACE_LEAVE();

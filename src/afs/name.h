@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <string>
 
 #include "host/file_system.h"
@@ -12,8 +13,8 @@ class AccountData;
 class Plugin;
 
 /// One location: an absolute URL (decoded text), the session through which it is reached, and, once somebody asked the
-/// server, what stands there. It may name what doesn't exist yet. Bound once, it never becomes unbound. No lock: one thread at
-/// a time; the reference count is atomic. All creating functions throw.
+/// server, what stands there. It may name what doesn't exist yet. Bound once, it never becomes unbound. One thread at a
+/// time, but for `GetObject`. All creating functions throw.
 class Name final : public cCoClassUnknownT<KOV::IAFS_Name> {
     /// Only the creating functions can name it.
     struct Private {
@@ -40,8 +41,12 @@ public:
     std::shared_ptr<Session> GetSession() const { return m_session; }
     /// Good until the name is bound anew.
     const std::wstring& GetUrl() const noexcept { return m_url; }
-    /// What the name is bound to; null while it isn't. Never asks the server.
-    std::shared_ptr<SharePoint::Object> GetObject() const { return m_object; }
+    /// What the name is bound to; null while it isn't. Never asks the server. Any thread: the editor shows the state of a
+    /// document that is just being saved.
+    std::shared_ptr<SharePoint::Object> GetObject() const {
+        const std::scoped_lock hold(m_object_lock);
+        return m_object;
+    }
     /// Binds, and takes the URL's spelling from the server's answer. Throws HResultException E_INVALIDARG for null.
     void SetObject(const std::shared_ptr<SharePoint::Object>& object);
     /// What stands at the location. Asks the server when the name is unbound or `use_bound` is false, and then throws when
@@ -62,6 +67,8 @@ private:
     static ComPtr<Name> Make(std::shared_ptr<Session> session, std::wstring url);
 
     std::shared_ptr<Session> m_session;
+    /// Held to copy or exchange the pointer, never across a call.
+    mutable std::mutex m_object_lock;
     std::shared_ptr<SharePoint::Object> m_object;
     std::wstring m_url;
 };

@@ -117,8 +117,11 @@ HRESULT EventsHandler::StateByHolder(KOV::IUIX_Obj* owner, SharePoint::File::Che
 }
 
 HRESULT EventsHandler::DiscardCheckOutState(KOV::IUIX_Obj* owner, DWORD* out_state) {
+    TRACE_ENTER();
     TRACE_FORMAT(LogLevel::information, L"setting same state as for CheckIn");
-    return CheckInState(owner, out_state);
+    const HRESULT result = CheckInState(owner, out_state);
+    TRACE_LEAVE(L"{}", result);
+    return result;
 }
 
 HRESULT EventsHandler::EnableEditingState(KOV::IUIX_Obj* owner, DWORD* out_state) {

@@ -120,7 +120,6 @@ HRESULT EventsHandler::DispatchEvent(DWORD event_id, IUnknown* event_source) {
 }
 
 HRESULT EventsHandler::AddPreferencesPage(IUnknown* event_source) {
-    TRACE_ENTER();
     DWORD application_type = 0;
     CHECK_OR_RETURN(m_plugin->m_kov_inst->get_AppType(&application_type));
     if ((application_type & app_type_mask) == app_type_tools) {
@@ -137,5 +136,5 @@ HRESULT EventsHandler::AddPreferencesPage(IUnknown* event_source) {
     } else {
         TRACE_FORMAT(LogLevel::information, L"Ignoring page ID '{}'", page_id);
     }
-    TRACE_RETURN(S_OK);
+    return S_OK;
 }

@@ -102,6 +102,7 @@ private:
     HRESULT EnableEditing(KOV::IUIX_Obj* owner);
 
     void UpdateDocumentsOf(File* file);
+    HRESULT RefreshDocument(KOV::IKOV_Document* document);
 
     static const MenuItems commands_table;
 

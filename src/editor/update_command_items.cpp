@@ -62,7 +62,7 @@ void EventsHandler::OnUpdateCommandItemsTimer() {
     TRACE_ENTER();
     m_timer->m_timer_id = 0;
     ComPtr<KOV::IUIX_CmdManager> manager;
-    if (const HRESULT result = m_plugin->m_uix_inst->get_CmdManager(&manager); FAILED(result)) {
+    if (const HRESULT result = m_plugin->m_uix_inst->get_CmdManager(&manager); FAILED(result) || manager.IsNull()) {
         TRACE_FORMAT(LogLevel::error, L"get_CmdManager()=(HRESULT){}", result);
         return;
     }
@@ -77,6 +77,14 @@ void EventsHandler::OnUpdateCommandItemsTimer() {
         UpdateDocumentsOf(file);
     }
     TRACE_LEAVE();
+}
+
+// A document that can't be shown anew must not keep the others from it.
+HRESULT EventsHandler::RefreshDocument(KOV::IKOV_Document* document) {
+    INTERFACE_TRY
+    SetDocumentEditState(document, EditState::auto_detect);
+    return UpdateInfoBar(document);
+    INTERFACE_CATCH_SHORT(nullptr)
 }
 
 void EventsHandler::UpdateDocumentsOf(File* file) {
@@ -97,7 +105,6 @@ void EventsHandler::UpdateDocumentsOf(File* file) {
                          static_cast<const void*>(document_objects.file.Get()), static_cast<const void*>(file));
             continue;
         }
-        SetDocumentEditState(document, EditState::auto_detect);
-        UpdateInfoBar(document);
+        RefreshDocument(document);
     }
 }

@@ -55,16 +55,17 @@ ComPtr<KOV::IKOV_Document> Documents::Find(KOV::IAFS_File* file) const {
         return {};
     }
     const std::scoped_lock hold(m_lock);
-    for (const Entry& entry : m_entries) {
-        if (entry.file == nullptr) {
-            continue;
-        }
+    const auto find = [this](const auto& is_wanted) -> ComPtr<KOV::IKOV_Document> {
+        const auto found = std::find_if(m_entries.begin(), m_entries.end(),
+                                        [&](const Entry& entry) { return entry.file != nullptr && is_wanted(entry.file); });
+        return found != m_entries.end() ? found->document : nullptr;
+    };
+    // The file itself comes before its clones: two opens of one name are clones of each other and have a document each.
+    const ComPtr<KOV::IKOV_Document> own = find([&](KOV::IAFS_File* opened) { return opened == file; });
+    return !own.IsNull() ? own : find([&](KOV::IAFS_File* opened) {
         VARIANT_BOOL is_clone = VARIANT_FALSE;
-        if (entry.file == file || (SUCCEEDED(entry.file->IsCloneOf(file, &is_clone)) && is_clone != VARIANT_FALSE)) {
-            return entry.document;
-        }
-    }
-    return {};
+        return SUCCEEDED(opened->IsCloneOf(file, &is_clone)) && is_clone != VARIANT_FALSE;
+    });
 }
 
 HRESULT Documents::ReloadDocument(KOV::IKOV_Document* document, DWORD mode) const {
