@@ -2,8 +2,8 @@
 
 #include <QApplication>
 #include <QPalette>
-#include <QStyle>
-#include <QStyleFactory>
+
+#include "workbench/desktop/theme/field_style.h"
 
 namespace {
 
@@ -61,8 +61,8 @@ void ApplyColorScheme(QApplication& application, ColorScheme scheme) {
         return;
     }
     // The desktop's own style may draw with colours of its own; this one takes all from the palette.
-    if (application.style()->name() != "fusion") {
-        QApplication::setStyle(QStyleFactory::create("fusion"));
+    if (dynamic_cast<FieldStyle*>(application.style()) == nullptr) {
+        QApplication::setStyle(new FieldStyle); // the application owns it
     }
     QApplication::setPalette(MakePalette(scheme == ColorScheme::dark));
 }

@@ -1,13 +1,21 @@
+#include <algorithm>
 #include <cmath>
+#include <memory>
 
 #include <gtest/gtest.h>
 
 #include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
 #include <QFile>
+#include <QLineEdit>
 #include <QPainter>
 #include <QPalette>
+#include <QPlainTextEdit>
+#include <QRadioButton>
 #include <QRegularExpression>
 #include <QSet>
+#include <QSpinBox>
 
 #include "workbench/desktop/theme/color_scheme.h"
 #include "workbench/desktop/theme/icons.h"
@@ -169,6 +177,16 @@ TEST_F(Theme, TellsTypesOfFilesByTheirExtension) {
     }
 }
 
+/// The contrast of two colours as WCAG 2.1 measures it.
+double Contrast(const QColor& one, const QColor& other) {
+    const auto luminance = [](const QColor& color) {
+        const auto linear = [](double part) { return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4); };
+        return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
+    };
+    const auto [dark, bright] = std::minmax({luminance(one), luminance(other)});
+    return (bright + 0.05) / (dark + 0.05);
+}
+
 TEST_F(Theme, BothSchemesKeepTextsReadable) {
     for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
         Apply(scheme);
@@ -181,19 +199,42 @@ TEST_F(Theme, BothSchemesKeepTextsReadable) {
                                                                              {QPalette::HighlightedText, QPalette::Highlight},
                                                                              {QPalette::Link, QPalette::Base},
                                                                              {QPalette::PlaceholderText, QPalette::Base}};
-        const auto luminance = [](const QColor& color) {
-            const auto linear = [](double part) {
-                return part <= 0.04045 ? part / 12.92 : std::pow((part + 0.055) / 1.055, 2.4);
-            };
-            return 0.2126 * linear(color.redF()) + 0.7152 * linear(color.greenF()) + 0.0722 * linear(color.blueF());
-        };
         for (const auto& [text, ground] : pairs) {
-            const double one = luminance(palette.color(text));
-            const double other = luminance(palette.color(ground));
             // WCAG 2.1, success criterion 1.4.3.
-            EXPECT_GE((std::max(one, other) + 0.05) / (std::min(one, other) + 0.05), 4.5) << text << " on " << ground;
+            EXPECT_GE(Contrast(palette.color(text), palette.color(ground)), 4.5) << text << " on " << ground;
         }
     }
+}
+
+TEST_F(Theme, FieldsAndCheckBoxesHaveAnEdgeThatStandsOutFromTheWindow) {
+    for (const ColorScheme scheme : {ColorScheme::light, ColorScheme::dark}) {
+        Apply(scheme);
+        const std::unique_ptr<QWidget> fields[] = {
+            std::make_unique<QCheckBox>(), std::make_unique<QRadioButton>(),   std::make_unique<QLineEdit>(),
+            std::make_unique<QComboBox>(), std::make_unique<QPlainTextEdit>(), std::make_unique<QSpinBox>(),
+        };
+        for (const std::unique_ptr<QWidget>& field : fields) {
+            const QImage picture = field->grab().toImage();
+            const QColor ground = QApplication::palette().color(QPalette::Window);
+            double most = 0;
+            for (int x = 0; x < picture.width() / 4 + 8; ++x) { // across the left edge, before any text
+                most = std::max(most, Contrast(picture.pixelColor(x, picture.height() / 2), ground));
+            }
+            // WCAG 2.1, success criterion 1.4.11.
+            EXPECT_GE(most, 3) << field->metaObject()->className() << (scheme == ColorScheme::dark ? " in the dark" : "");
+        }
+    }
+}
+
+TEST_F(Theme, AnEditOfSeveralLinesShowsTheFocusInItsEdge) {
+    QPlainTextEdit edit;
+    edit.show();
+    const QRgb without = edit.grab().toImage().pixel(0, edit.height() / 2);
+    edit.activateWindow();
+    edit.setFocus();
+    QCoreApplication::processEvents();
+    ASSERT_TRUE(edit.hasFocus());
+    EXPECT_NE(edit.grab().toImage().pixel(0, edit.height() / 2), without);
 }
 
 } // namespace
