@@ -98,6 +98,7 @@ private:
     /// On the worker.
     HRESULT MoveTo(IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter);
     void OnFolderSet(HRESULT result, bool show_error);
+    void StayInFolder(bool show_error);
     void EnterWait();
     void LeaveWait();
     bool AsyncStart(std::function<void()> function, const std::wstring& name);

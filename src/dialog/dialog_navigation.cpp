@@ -35,8 +35,7 @@ HRESULT Dialog::SetFolder(IAFS_Name* name, bool show_error) {
         L"SetFolder::Start");
     if (!is_started) {
         LeaveWait();
-        (void)FillUi();
-        ShowError(Ui::FormatString(m_kov_instance, L"sp.msg.navigateError"));
+        StayInFolder(true);
     }
     TRACE_RETURN(S_OK);
 }
@@ -80,10 +79,20 @@ HRESULT Dialog::MoveTo(IAFS_Name* name, const std::function<bool(IAFS_Name*)>& f
 
 void Dialog::OnFolderSet(HRESULT result, bool show_error) {
     LeaveWait();
+    if (FAILED(result)) {
+        StayInFolder(result != E_CANCELED && show_error && !m_end_pending);
+        return;
+    }
     (void)FillUi();
-    if (SUCCEEDED(result)) {
-        (void)m_list->Refresh(); // a failure is logged there, and the list is empty
-    } else if (result != E_CANCELED && show_error && !m_end_pending) {
+    (void)m_list->Refresh(); // a failure is logged there, and the list is empty
+}
+
+// The list keeps its rows and its selection, so what is selected counts again: to select it once more would change nothing.
+void Dialog::StayInFolder(bool show_error) {
+    if (SUCCEEDED(FillUi())) {
+        (void)OnListSelectionChanged();
+    }
+    if (show_error) {
         ShowError(Ui::FormatString(m_kov_instance, L"sp.msg.navigateError"));
     }
 }

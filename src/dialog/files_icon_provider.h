@@ -1,17 +1,19 @@
 #pragma once
 
 #include <string>
-#include <vector>
+#include <unordered_map>
 
 #include "host/user_interface.h"
 
 namespace Ui {
 
-/// Icons of folders and of types of files, each asked of the host once. Main thread.
+/// Icons of folders and of types of files, each asked of the host once, as long as they are fewer than `most_kept`. Main thread.
 class FilesIconProvider {
 public:
     static constexpr LPCWSTR folder_key = L"./";
     static constexpr LPCWSTR parent_key = L"../";
+    /// A folder full of names with dots must not fill the memory for the rest of the module's life.
+    static constexpr std::size_t most_kept = 1024;
 
     explicit FilesIconProvider(KOV::IUIX_Inst* ui);
 
@@ -20,13 +22,13 @@ public:
     HRESULT GetIcon(KOV::IKOV_MultiSizeImage** out_icon, LPCWSTR extension);
 
 private:
-    struct Entry {
-        std::wstring key;
-        ComPtr<KOV::IKOV_MultiSizeImage> icon;
-    };
+    HRESULT MakeIcon(std::wstring extension, const std::string& key, KOV::IKOV_MultiSizeImage** out_icon) const;
 
     ComPtr<KOV::IUIX_Inst> m_ui;
-    std::vector<Entry> m_icons;
+    const std::string m_folder_key;
+    const std::string m_parent_key;
+    /// By folded keys.
+    std::unordered_map<std::string, ComPtr<KOV::IKOV_MultiSizeImage>> m_icons;
 };
 
 } // namespace Ui

@@ -64,7 +64,8 @@ private:
     FolderSorting GetSorting() const;
     HRESULT SetColumnSorting(std::size_t column_index, bool ascending);
     HRESULT MakeParent();
-    HRESULT PrepareKinds();
+    void ChooseKinds();
+    const ComPtr<KOV::IKOV_MultiSizeImage>& IconOf(FileKind& kind);
     void Arrange(FolderSorting sorting);
     /// Null for what is no cell.
     const FolderColumn* ColumnOf(const KOV::UiListItemId* item_id) const;
@@ -154,7 +155,8 @@ HRESULT FolderItemsList::Impl::Refresh() {
     CHECK_OR_RETURN(Clear());
     CHECK_OR_RETURN(MakeParent());
     CHECK_OR_RETURN(m_navigator->GetRows(m_rows));
-    CHECK_OR_RETURN(PrepareKinds());
+    CHECK_OR_RETURN(m_icons_provider->GetIcon(&m_folder_icon, Ui::FilesIconProvider::folder_key));
+    ChooseKinds();
     Arrange(GetSorting());
     for (std::size_t i = 0; i < m_items.size(); ++i) {
         CHECK_OR_RETURN(m_list->InsertItem(-1, 0, 0));
@@ -177,19 +179,22 @@ HRESULT FolderItemsList::Impl::MakeParent() {
     return S_OK;
 }
 
-/// What all files of a kind share is found once for it, whatever the number of its files.
-HRESULT FolderItemsList::Impl::PrepareKinds() {
-    CHECK_OR_RETURN(m_icons_provider->GetIcon(&m_folder_icon, Ui::FilesIconProvider::folder_key));
+/// The filter is asked once for all files of a kind.
+void FolderItemsList::Impl::ChooseKinds() {
     if (m_rows == nullptr) {
-        return S_OK;
+        return;
     }
     for (FileKind& kind : m_rows->kinds) {
         kind.is_shown = m_names_filter == nullptr || m_names_filter->IsValidExtension(kind.address_extension);
-        if (kind.is_shown && kind.icon.IsNull()) {
-            CHECK_OR_RETURN(m_icons_provider->GetIcon(&kind.icon, kind.dotted_extension.c_str()));
-        }
     }
-    return S_OK;
+}
+
+/// A folder may hold thousands of kinds, of which a screen shows a few.
+const ComPtr<KOV::IKOV_MultiSizeImage>& FolderItemsList::Impl::IconOf(FileKind& kind) {
+    if (!std::exchange(kind.has_asked_for_icon, true)) {
+        (void)m_icons_provider->GetIcon(&kind.icon, kind.dotted_extension.c_str()); // logged there; the row does without
+    }
+    return kind.icon;
 }
 
 /// The parent before folders before files in any sorting.
@@ -271,6 +276,7 @@ HRESULT FolderItemsList::Impl::List_OnGetItemImageSize(KOV::IUIX_List*, const KO
 
 HRESULT FolderItemsList::Impl::List_OnGetItemImage(KOV::IUIX_List*, const KOV::UiListItemId* item_id,
                                                    KOV::IKOV_MultiSizeImage** out_image, double* out_opacity) {
+    INTERFACE_TRY
     CHECK_OR_RETURN(out_image != nullptr && out_opacity != nullptr, E_POINTER);
     *out_image = nullptr;
     *out_opacity = 0;
@@ -280,9 +286,10 @@ HRESULT FolderItemsList::Impl::List_OnGetItemImage(KOV::IUIX_List*, const KOV::U
         return S_FALSE;
     }
     const FolderRow& row = *RowOf(item_id);
-    (row.kind != nullptr ? row.kind->icon : row.is_regular ? m_folder_icon : m_parent_icon).CopyTo(out_image);
+    (row.kind != nullptr ? IconOf(*row.kind) : row.is_regular ? m_folder_icon : m_parent_icon).CopyTo(out_image);
     *out_opacity = 1.0;
     return S_OK;
+    INTERFACE_CATCH_SHORT(nullptr)
 }
 
 HRESULT FolderItemsList::Impl::List_OnItemClick(KOV::IUIX_List*, const KOV::UiListItemId* item_id, DWORD, DWORD, LONG confirmed) {

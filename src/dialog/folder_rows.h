@@ -22,8 +22,9 @@ struct FileKind {
     std::wstring address_extension;
     /// The place of the extension in the order of names.
     std::uint32_t rank = 0;
-    /// Set when the kind is first shown.
+    /// Asked for when a row of the kind is first painted; null until then, and where there is none.
     ComPtr<KOV::IKOV_MultiSizeImage> icon;
+    bool has_asked_for_icon = false;
     bool is_shown = true;
 
     std::wstring_view Extension() const { return std::wstring_view(dotted_extension).substr(dotted_extension.empty() ? 0 : 1); }
