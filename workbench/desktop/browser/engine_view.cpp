@@ -3,6 +3,7 @@
 #include <QLocale>
 #include <QPointer>
 #include <QWebEngineDownloadRequest>
+#include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
 #include <QWebEngineView>
 
@@ -11,6 +12,13 @@
 #include "workbench/desktop/browser/web_view.h"
 
 namespace {
+
+/// Whether the server has given a page. One that says why there is nothing else is one, too.
+bool IsThere(const QWebEngineLoadingInfo& info) {
+    return info.status() == QWebEngineLoadingInfo::LoadSucceededStatus ||
+           (info.status() == QWebEngineLoadingInfo::LoadFailedStatus &&
+            info.errorDomain() == QWebEngineLoadingInfo::HttpStatusCodeDomain);
+}
 
 /// A profile without a name keeps nothing on disk. It outlives its page.
 class EngineView final : public WebView {
@@ -23,7 +31,7 @@ public:
 
 private:
     /// Tells of a page when its cookies are where they belong, and never out of the page's own call.
-    void OnLoaded(bool succeeded);
+    void OnLoading(const QWebEngineLoadingInfo& info);
 
     const WebViewListener m_listener;
     RequestFilter m_filter;
@@ -43,8 +51,8 @@ EngineView::EngineView(WebViewListener listener, QWidget* parent)
         download->cancel();
         m_listener.said(QObject::tr("The page wanted to save a file, which isn't done here."));
     });
-    QObject::connect(&m_page, &QWebEnginePage::loadStarted, &m_page, [this] { m_listener.said({}); });
-    QObject::connect(&m_page, &QWebEnginePage::loadFinished, &m_page, [this](bool succeeded) { OnLoaded(succeeded); });
+    QObject::connect(&m_page, &QWebEnginePage::loadingChanged, &m_page,
+                     [this](const QWebEngineLoadingInfo& info) { OnLoading(info); });
     QObject::connect(&m_page, &QWebEnginePage::urlChanged, &m_page, [this](const QUrl& url) {
         m_cookies.SetPage(url);
         m_listener.moved(url);
@@ -63,9 +71,13 @@ void EngineView::Open(const QUrl& url) {
     m_cookies.WhenSettled([this, url] { m_page.load(url); });
 }
 
-void EngineView::OnLoaded(bool succeeded) {
+void EngineView::OnLoading(const QWebEngineLoadingInfo& info) {
+    if (info.status() == QWebEngineLoadingInfo::LoadStartedStatus) {
+        m_listener.said({});
+        return;
+    }
     m_listener.moved(m_page.url()); // also when the way led back to the page that was there
-    if (!succeeded) {
+    if (!IsThere(info)) {
         return;
     }
     m_cookies.WhenSettled([this, url = m_page.url()] {

@@ -73,9 +73,15 @@ TEST_F(Browser, AUserNameInAnAddressIsNotShownAsItsHost) {
     EXPECT_EQ(browser.Address().toStdString(), Url("a.html"));
 }
 
-TEST_F(Browser, APageThatFailsIsNoPageThatIsThere) {
+TEST_F(Browser, AServersRefusalIsAPageAndALostServerIsNone) {
+    for (const char* const fault : {"status=403", "status=404", "status=500"}) {
+        BrowserWindow browser;
+        server.Once("GET /a.html " + std::string(fault));
+        EXPECT_TRUE(browser.Show(Url("a.html"))) << fault;
+    }
     BrowserWindow browser;
-    server.Once("GET /a.html reset");
+    server.ClearJournal();
+    server.Always("GET /a.html reset");
     ASSERT_EQ(browser.Open(Url("a.html")), S_OK);
     ASSERT_TRUE(TurnUntil([&] { return server.Count("GET") > 0; }));
     ASSERT_TRUE(browser.Show(Url("b.html")));
