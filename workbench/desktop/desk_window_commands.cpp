@@ -164,7 +164,7 @@ void DeskWindow::ShowPreferences() {
             SetRibbon(chosen.has_ribbon);
         }
     };
-    ::ShowPreferences(m_services.surroundings, this,
+    ::ShowPreferences(m_services.surroundings, m_services.places, this,
                       {{"page.appearance", tr("Appearance"), tr("How the program looks"), GetIcon("settings"), page, apply}},
                       [this](KOV::IUIX_PropSheets* sheets) { RaiseSheetsBuilt(m_services.host, sheets); });
 }

@@ -44,10 +44,10 @@ QPushButton* NamedButton(QDialogButtonBox& box, QDialogButtonBox::StandardButton
 
 } // namespace
 
-void ShowPreferences(const Surroundings& surroundings, QWidget* parent, std::vector<HostPage> host_pages,
-                     const std::function<void(KOV::IUIX_PropSheets* sheets)>& add_pages) {
+void ShowPreferences(const Surroundings& surroundings, const WindowPlaces& places, QWidget* parent,
+                     std::vector<HostPage> host_pages, const std::function<void(KOV::IUIX_PropSheets* sheets)>& add_pages) {
     // With its parent it may go while its loop turns.
-    const QPointer<PreferencesWindow> window = new PreferencesWindow(surroundings, parent);
+    const QPointer<PreferencesWindow> window = new PreferencesWindow(surroundings, places, parent);
     for (HostPage& page : host_pages) {
         window->AddPage(std::move(page));
     }
@@ -60,8 +60,8 @@ void ShowPreferences(const Surroundings& surroundings, QWidget* parent, std::vec
     delete window;
 }
 
-PreferencesWindow::PreferencesWindow(const Surroundings& surroundings, QWidget* parent)
-    : QDialog(parent), m_core(WindowCore::Create(this, surroundings)), m_list(new QListWidget(this)),
+PreferencesWindow::PreferencesWindow(const Surroundings& surroundings, const WindowPlaces& places, QWidget* parent)
+    : QDialog(parent), m_places(places), m_core(WindowCore::Create(this, surroundings)), m_list(new QListWidget(this)),
       m_title(PlainLabel("title", this)), m_stack(new QStackedWidget(this)), m_failure(PlainLabel("failure", this)) {
     setObjectName("preferences");
     setWindowTitle("Preferences");
@@ -105,9 +105,11 @@ PreferencesWindow::PreferencesWindow(const Surroundings& surroundings, QWidget* 
     rows->addLayout(top, 1);
     rows->addWidget(m_failure);
     rows->addWidget(buttons);
+    m_was_placed = m_places.Restore(objectName(), *this);
 }
 
 PreferencesWindow::~PreferencesWindow() {
+    m_places.Keep(objectName(), *this);
     for (ModulePage* const page : std::exchange(m_module_pages, {})) {
         delete page; // while the window that the page's controls lie in is whole
     }
@@ -158,6 +160,9 @@ void PreferencesWindow::ShowPage(int index) {
 }
 
 void PreferencesWindow::MakeRoomFor(const QSize& page) {
+    if (m_was_placed) {
+        return;
+    }
     const QSize missing = (page - m_stack->size()).expandedTo(QSize(0, 0));
     resize((size() + missing).boundedTo(screen()->availableSize()));
 }

@@ -12,6 +12,7 @@
 
 #include "host/property_sheets.h"
 #include "workbench/desktop/objects/window_core.h"
+#include "workbench/desktop/windows/window_places.h"
 
 class ModulePage;
 class QLabel;
@@ -33,13 +34,13 @@ struct HostPage {
 
 /// Shows the preferences over `parent` and comes back when they are closed. `add_pages` lets modules add theirs before. A
 /// module's page makes its controls when it is first shown; OK and Apply tell every page, Cancel, Escape and the close button
-/// none.
-void ShowPreferences(const Surroundings& surroundings, QWidget* parent, std::vector<HostPage> host_pages,
-                     const std::function<void(KOV::IUIX_PropSheets* sheets)>& add_pages);
+/// none. The window stands where `places`, which outlives it, knows it from.
+void ShowPreferences(const Surroundings& surroundings, const WindowPlaces& places, QWidget* parent,
+                     std::vector<HostPage> host_pages, const std::function<void(KOV::IUIX_PropSheets* sheets)>& add_pages);
 
 class PreferencesWindow final : public QDialog {
 public:
-    PreferencesWindow(const Surroundings& surroundings, QWidget* parent);
+    PreferencesWindow(const Surroundings& surroundings, const WindowPlaces& places, QWidget* parent);
     /// Destroys what the modules' pages made and releases the pages.
     ~PreferencesWindow() override;
 
@@ -55,11 +56,13 @@ private:
                   QWidget* page);
     void ShowPage(int index);
     QSize InLetters(const QSize& size) const;
-    /// Grows, as far as the screen allows, until a page of this size fits.
+    /// Grows, as far as the screen allows, until a page of this size fits; a window that a person left as it is stays so.
     void MakeRoomFor(const QSize& page);
     /// False, and told in the window, when a page couldn't.
     bool Apply();
 
+    const WindowPlaces& m_places;
+    bool m_was_placed = false;
     const std::shared_ptr<WindowCore> m_core;
     std::optional<ModalScope> m_modality;
     std::vector<std::function<void()>> m_host_pages;

@@ -9,6 +9,7 @@
 #include <QPlainTextEdit>
 #include <QPushButton>
 #include <QRadioButton>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QTextEdit>
 
@@ -80,7 +81,7 @@ struct PreferencesDesk : testing::Test {
     void Show(ModalPerson::Turn turn) {
         person.Next(std::move(turn));
         HostPage appearance{"appearance", "Appearance", "Appearance", {}, new AppearancePage({}), [this] { ++applied; }};
-        ShowPreferences(windows.uix->Around(), &main_window, {appearance}, [this](KOV::IUIX_PropSheets* sheets) {
+        ShowPreferences(windows.uix->Around(), places, &main_window, {appearance}, [this](KOV::IUIX_PropSheets* sheets) {
             EXPECT_EQ(RaiseSheetsBuilt(*module.host, sheets), S_OK);
             if (!other.IsNull()) {
                 EXPECT_EQ(sheets->InsertPage(other, L"other", nullptr, nullptr), S_OK);
@@ -104,6 +105,8 @@ struct PreferencesDesk : testing::Test {
         return manager.Snapshot();
     }
 
+    const QTemporaryDir folder;
+    const WindowPlaces places{folder.filePath("windows.ini")};
     RealWindows windows;
     InProcessModule module{&windows};
     MessagePump pump{module.host->Loop()};
@@ -135,6 +138,21 @@ TEST_F(PreferencesDesk, PagesStandInTheListAndOpenWhenTheyAreFirstShown) {
         OpenPage(window, 1);
         OpenPage(window, 2);
         EXPECT_EQ(other->shown, 1);
+        window.reject();
+    });
+}
+
+TEST_F(PreferencesDesk, TheWindowComesBackAsItWasLeft) {
+    const QSize small(600, 450);
+    Show([&](QDialog& window) {
+        OpenPage(window);
+        EXPECT_GT(window.width(), small.width()) << "the first time there is room for the page";
+        window.resize(small);
+        window.reject();
+    });
+    Show([&](QDialog& window) {
+        OpenPage(window);
+        EXPECT_EQ(window.size(), small);
         window.reject();
     });
 }
@@ -296,7 +314,7 @@ TEST_F(PreferencesDesk, APageIsCutFromItsControlsWhenTheWindowGoes) {
         OpenPage(window, 0);
         Press(window, "btn.cancel");
     });
-    ShowPreferences(windows.uix->Around(), &main_window, {}, [&](KOV::IUIX_PropSheets* sheets) {
+    ShowPreferences(windows.uix->Around(), places, &main_window, {}, [&](KOV::IUIX_PropSheets* sheets) {
         page = Ui::CreatePreferencesPage(module.plugin);
         sheets->InsertPage(page, L"page", nullptr, nullptr);
     });
