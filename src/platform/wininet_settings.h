@@ -26,4 +26,8 @@ KOV_PLATFORM_API BOOL SetCookieFile(const std::string& path);
 /// Forgets every cookie, in the cookie file too.
 KOV_PLATFORM_API void ClearCookies();
 
+/// With true, all transfers of the process end at once with ERROR_INTERNET_OPERATION_CANCELLED, and new ones don't begin, until
+/// it is called with false: a program that ends doesn't wait for servers.
+KOV_PLATFORM_API void AbortTransfers(bool abort) noexcept;
+
 } // namespace wininet

@@ -8,6 +8,7 @@
 #include <pthread.h>
 
 #include "platform/wininet.h"
+#include "platform/wininet/settings.h"
 
 namespace wininet {
 namespace {
@@ -199,6 +200,15 @@ DWORD Connection::CurrentLimit() const noexcept {
     return IsHeadReady() ? m_limits.data_receive : m_limits.receive;
 }
 
+bool Connection::EndIfAborted() {
+    if (!AreTransfersAborted()) {
+        return false;
+    }
+    m_error = ERROR_INTERNET_OPERATION_CANCELLED;
+    m_done = true;
+    return true;
+}
+
 template <typename Goal>
 DWORD Connection::Drive(Goal reached) {
     if (!m_active) {
@@ -209,8 +219,9 @@ DWORD Connection::Drive(Goal reached) {
     }
     const NoBrokenPipeSignal guard(m_uses_tls);
     Touch();
-    while (Perform() && !m_done && !reached()) {
-        constexpr int longest_wait = 1000;
+    while (!EndIfAborted() && Perform() && !m_done && !reached()) {
+        // How soon an abort is seen.
+        constexpr int longest_wait = 100;
         int wait = longest_wait;
         if (const DWORD limit = CurrentLimit(); limit != 0) {
             const auto idle = std::chrono::duration_cast<std::chrono::milliseconds>(Clock::now() - m_last_activity).count();
@@ -224,7 +235,7 @@ DWORD Connection::Drive(Goal reached) {
         }
         curl_multi_poll(m_multi.get(), nullptr, 0, wait, nullptr);
     }
-    return ERROR_SUCCESS;
+    return m_error == ERROR_INTERNET_OPERATION_CANCELLED ? m_error : ERROR_SUCCESS;
 }
 
 /// The final answer's headers are there. While a demand for an account may still be answered inside libcurl, only the

@@ -105,6 +105,7 @@ private:
     template <typename Goal>
     DWORD Drive(Goal reached);
     bool Perform();
+    bool EndIfAborted();
     DWORD CurrentLimit() const noexcept;
     bool IsHeadReady() const noexcept;
     bool HasBodySettled() const noexcept;

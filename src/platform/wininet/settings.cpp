@@ -1,6 +1,7 @@
 #include "platform/wininet/settings.h"
 
 #include <algorithm>
+#include <atomic>
 #include <mutex>
 
 #include <unistd.h>
@@ -14,6 +15,7 @@ namespace wininet {
 namespace {
 
 std::mutex settings_lock;
+std::atomic<bool> are_transfers_aborted{false};
 
 HostSettings& Stored() {
     static HostSettings settings;
@@ -91,6 +93,10 @@ void ClearConnectTo() {
 }
 
 BOOL SetCookieFile(const std::string& path) { return Answer(CookieStore::Instance().UseFile(path)); }
+
+void AbortTransfers(bool abort) noexcept { are_transfers_aborted = abort; }
+
+bool AreTransfersAborted() noexcept { return are_transfers_aborted; }
 
 void ClearCookies() { CookieStore::Instance().Clear(); }
 

@@ -14,6 +14,9 @@ struct HostSettings {
 
 HostSettings CurrentSettings();
 
+/// Are transfers to end, and none to begin? Asked often.
+bool AreTransfersAborted() noexcept;
+
 /// Words about this thread's last failure, for InternetGetLastResponseInfoW.
 void SetResponseInfo(const std::string& text);
 const std::string& ResponseInfo();

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <fstream>
+#include <thread>
 
 #include <gtest/gtest.h>
 #include <malloc.h>
@@ -14,6 +15,22 @@ namespace {
 Outcome Get(const std::string& reply, bool close = true, bool reset = false) {
     ScriptedServer server({{{"", reply, true, close, reset}}});
     return Client(server.Port()).Send(L"GET", L"file");
+}
+
+TEST(Answer, AnAbortEndsWhatWaitsForASilentServerAndLetsNothingBegin) {
+    ScriptedServer server({{{.reply = "", .hold = true}}, {{.reply = Ok("late")}}});
+    Client client(server.Port());
+    Outcome waiting;
+    std::thread transfer([&] { waiting = client.Send(L"GET", L"file"); });
+    while (server.Requests().empty()) {
+        std::this_thread::yield();
+    }
+    wininet::AbortTransfers(true);
+    transfer.join();
+    EXPECT_EQ(waiting.error, ERROR_INTERNET_OPERATION_CANCELLED);
+    EXPECT_EQ(client.Send(L"GET", L"file").error, ERROR_INTERNET_OPERATION_CANCELLED);
+    wininet::AbortTransfers(false);
+    EXPECT_EQ(client.Send(L"GET", L"file").body, "late");
 }
 
 TEST(Answer, CutOrContradictingBodyIsAFailure) {
