@@ -21,16 +21,26 @@ HRESULT FilesExtensionFilter::SetFilter(LPCWSTR filter_string) {
     TRACE_ENTER();
     CHECK_OR_RETURN(filter_string != nullptr, E_INVALIDARG);
     CHECK_OR_RETURN(Clear());
-    for (FileType& type : ParseFilterString(filter_string)) {
-        auto list = std::make_unique<const ExtensionList>(std::move(type.extensions));
-        CHECK_OR_RETURN(
-            m_combo->InsertItem(-1, type.title.c_str(), type.title.c_str(), nullptr, reinterpret_cast<LONGLONG>(list.get()), 0));
-        m_lists.push_back(std::move(list));
-    }
+    const HRESULT result = InsertTypes(ParseFilterString(filter_string));
     if (!m_lists.empty()) {
         CHECK_OR_RETURN(m_combo->put_SelItem(0));
     }
+    CHECK_OR_RETURN(result);
     TRACE_RETURN(S_OK);
+}
+
+/// The first that fails ends it; those before it serve.
+HRESULT FilesExtensionFilter::InsertTypes(std::vector<FileType> types) {
+    for (FileType& type : types) {
+        m_lists.push_back(std::make_unique<const ExtensionList>(std::move(type.extensions)));
+        const HRESULT result = m_combo->InsertItem(-1, type.title.c_str(), type.title.c_str(), nullptr,
+                                                   reinterpret_cast<LONGLONG>(m_lists.back().get()), 0);
+        if (FAILED(result)) {
+            m_lists.pop_back();
+            return result;
+        }
+    }
+    return S_OK;
 }
 
 HRESULT FilesExtensionFilter::Clear() {

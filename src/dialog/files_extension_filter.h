@@ -35,6 +35,7 @@ public:
     bool AddFilterExtension(std::wstring& io_name, LPCWSTR default_extension) const;
 
 private:
+    HRESULT InsertTypes(std::vector<FileType> types);
     const ExtensionList* Selected() const;
     /// Null when the item can't be read.
     const ExtensionList* ListOf(LONG item) const;
