@@ -6,6 +6,7 @@
 #include "dialog/files_extension_filter.h"
 #include "dialog/folder_items_list.h"
 #include "dialog/folders_navigator.h"
+#include "dialog/leftovers.h"
 #include "editor/ui/modal_window.h"
 #include "editor/ui/notification.h"
 #include "frame/diagnostics/diagnostics.h"
@@ -35,15 +36,17 @@ VARIANT_BOOL ToVariant(bool value) { return value ? VARIANT_TRUE : VARIANT_FALSE
 
 namespace KOV {
 
-Dialog::Dialog(IKOV_Inst* kov_instance, IAFS_FileSys* file_system, Ui::FilesIconProvider* icons_provider,
+Dialog::Dialog(IKOV_Inst* kov_instance, IAFS_FileSys* file_system, Ui::FilesIconProvider* icons_provider, Leftovers* leftovers,
                Ui::DialogParameters* parameters, IAFS_Name* default_folder, const Preferences* preferences)
-    : m_kov_instance(kov_instance), m_file_system(file_system), m_icons_provider(icons_provider),
-      m_default_folder(default_folder), m_parameters(parameters), m_preferences(preferences),
+    : m_worker(kov_instance), m_kov_instance(kov_instance), m_file_system(file_system), m_icons_provider(icons_provider),
+      m_leftovers(leftovers), m_default_folder(default_folder), m_parameters(parameters), m_preferences(preferences),
       m_command_parameters(MakeCommandParameters()) {
     TRACE_ENTER();
-    CHECK_OR_THROW(SUCCEEDED(m_kov_instance->GetExtension(L"UIX", (IUnknown**)&m_ui)) && !m_ui.IsNull(),
-                   HResultException(E_FAIL));
-    CHECK_OR_THROW(SUCCEEDED(NamesCollection::Create(m_files_to_open)), HResultException(E_OUTOFMEMORY));
+    HRESULT result = m_kov_instance->GetExtension(L"UIX", (IUnknown**)&m_ui);
+    CHECK_OR_THROW(SUCCEEDED(result), HResultException(result));
+    CHECK_OR_THROW(m_ui != nullptr, HResultException(E_FAIL));
+    result = NamesCollection::Create(m_files_to_open);
+    CHECK_OR_THROW(SUCCEEDED(result), HResultException(result));
     TRACE_LEAVE();
 }
 
@@ -55,8 +58,6 @@ HRESULT Dialog::DoModal(bool is_open_dialog, HWND parent_window) {
     const HWND owner = parent_window != nullptr ? parent_window : OwnerWindow(m_kov_instance);
     LONGLONG result = IDCANCEL;
     const HRESULT run = Ui::RunModalWindow(m_ui, this, m_pObj, is_open_dialog ? open_window : save_window, owner, &result);
-    // A result that found no window any more still holds this object.
-    m_worker.End();
     if (run != S_OK) {
         TRACE_LEAVE(L"{}", run);
         return run;
@@ -198,8 +199,8 @@ HRESULT Dialog::MakeList() {
     ComPtr<IUIX_List> list;
     CHECK_OR_RETURN(GetControl(L"lst.files", object, &list));
     m_navigator = std::make_shared<FoldersNavigator>(m_file_system);
-    m_list = std::make_unique<FolderItemsList>(m_kov_instance, m_ui, m_file_system, m_icons_provider, list, m_navigator,
-                                               [this](IAFS_Name* name) { return OnItemConfirmed(name); });
+    m_list = std::make_unique<FolderItemsList>(m_kov_instance, m_ui, m_file_system, m_icons_provider, m_leftovers, list,
+                                               m_navigator, [this](IAFS_Name* name) { return OnItemConfirmed(name); });
     m_list->SetNamesFilter(m_filter);
     TRACE_RETURN(S_OK);
 }
@@ -226,7 +227,7 @@ void Dialog::ClearUi() {
 
 HRESULT Dialog::FillUi() {
     TRACE_ENTER();
-    IAFS_Name* const folder = m_navigator->GetFolder();
+    const ComPtr<IAFS_Name> folder = m_navigator->GetFolder();
     Bstr folder_url;
     CHECK_OR_RETURN(m_file_system->NameToString(folder, 0, nullptr, &folder_url));
     (void)m_dlg->SetItemText(L"lb.url", folder_url);
@@ -297,18 +298,20 @@ HRESULT Dialog::OnEndModal() {
     TRACE_RETURN(S_OK);
 }
 
-// As a rule no worker is left. A host whose window went in the middle of all has let calls to its main thread fail, so that the
-// worker ends.
+// As a rule no worker is left, but a window may go in the middle of all. It isn't waited for here: it may be waiting for this
+// thread. It holds what it uses.
 void Dialog::ReleaseParts() {
     if (m_navigator != nullptr) {
         m_navigator->Stop();
     }
-    m_worker.End();
+    m_leftovers->Take(m_worker.Leave());
     DeleteCommandBar();
     // Null before it goes: what the emptied list notifies finds none.
-    const std::unique_ptr<FolderItemsList> list = std::move(m_list);
+    std::unique_ptr<FolderItemsList> list = std::move(m_list);
+    list.reset();
     m_filter.reset();
-    m_navigator.reset();
+    m_leftovers->Take(std::move(m_navigator));
+    m_wait_progress.Release();
 }
 
 void Dialog::OnObjectGone() {

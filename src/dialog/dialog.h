@@ -18,6 +18,8 @@
 class FilesExtensionFilter;
 class FolderItemsList;
 class FoldersNavigator;
+class Leftovers;
+struct FolderContents;
 
 namespace Ui {
 class FilesIconProvider;
@@ -37,7 +39,7 @@ class Dialog final : public uiStdObjImplT<Dialog, IUIX_ObjImpl> {
 public:
     /// Throws `HResultException` when the host has no user interface. What is given as a pointer outlives the object;
     /// `parameters` gets the chosen filter.
-    Dialog(IKOV_Inst* kov_instance, IAFS_FileSys* file_system, Ui::FilesIconProvider* icons_provider,
+    Dialog(IKOV_Inst* kov_instance, IAFS_FileSys* file_system, Ui::FilesIconProvider* icons_provider, Leftovers* leftovers,
            Ui::DialogParameters* parameters, IAFS_Name* default_folder, const Preferences* preferences);
 
     /// Blocks until the dialog has ended: `S_OK` when names were chosen, `E_CANCELED` when not, or the failure.
@@ -82,10 +84,9 @@ private:
     // Which names were chosen (dialog_names.cpp).
     HRESULT Open();
     HRESULT SettleItems(std::vector<ChosenEntry>& names, bool& is_navigating);
-    HRESULT CollectNames(const std::vector<ChosenEntry>& names, IAFS_NamesCollection* collection);
+    HRESULT CollectNames(const std::vector<ChosenEntry>& names, IAFS_Name* folder, IAFS_NamesCollection* collection);
     std::vector<ChosenEntry> GetSelectedFolderFromList() const;
-    std::vector<ChosenEntry> GetNamesFromNameEditControl() const;
-    std::vector<ChosenEntry> FindFolder(const std::wstring& name) const;
+    std::vector<ChosenEntry> GetNamesFromNameEditControl(const std::vector<FolderItem>& items) const;
     std::wstring CompleteName(std::wstring name) const;
     bool MayReplace(const std::wstring& title) const;
     void ShowError(const std::wstring& message) const;
@@ -96,14 +97,14 @@ private:
     HRESULT Refresh();
     std::function<bool(IAFS_Name*)> HiddenPathsFilter() const;
     /// On the worker.
-    HRESULT MoveTo(IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter);
+    HRESULT MoveTo(FoldersNavigator& navigator, IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter) const;
     void OnFolderSet(HRESULT result, bool show_error);
     void StayInFolder(bool show_error);
     void EnterWait();
     void LeaveWait();
-    bool AsyncStart(std::function<void()> function, const std::wstring& name);
-    /// On the worker, as its last act.
-    HRESULT AsyncComplete(std::function<void()> function, const std::wstring& name);
+    /// `complete` runs in the window's thread after `function` has run on the worker, or has thrown. Both hold this object, and
+    /// what else they need.
+    bool AsyncStart(std::function<void()> function, const std::wstring& name, AsyncCallbackContext complete);
     HRESULT OnAsyncComplete(const UiEvent& event);
     HRESULT OnAsyncShowWaitProgress(const UiEvent& event);
 
@@ -115,14 +116,21 @@ private:
     HRESULT CreateFolder();
     HRESULT Delete();
     HRESULT NavigateUp();
-    bool AskFolderName(std::wstring& io_name) const;
+    bool AskFolderName(const std::vector<FolderItem>& items, std::wstring& io_name) const;
     std::wstring FolderNameError(const std::wstring& name, const std::vector<FolderItem>& items) const;
     bool MayDelete(const std::vector<FolderItem>& items) const;
-    /// On the worker: whether the server was changed. `progress` is shown until the window knows.
-    bool MakeFolder(const std::wstring& name, ComPtr<IKOV_ProgressMon>& progress) const;
-    bool DeleteItems(const std::vector<FolderItem>& items, ComPtr<IKOV_ProgressMon>& progress) const;
+    /// What a worker has come to, wherever it ended.
+    struct CommandOutcome {
+        /// Shown until the window knows.
+        ComPtr<IKOV_ProgressMon> progress;
+        bool is_server_changed = false;
+    };
+    /// On the worker.
+    HRESULT MakeFolder(IAFS_Name* parent, const std::wstring& name, CommandOutcome& outcome) const;
+    HRESULT DeleteItems(const std::vector<FolderItem>& items, CommandOutcome& outcome) const;
     HRESULT DeleteItem(const FolderItem& item) const;
-    void OnCommandComplete(IKOV_ProgressMon* progress, bool is_changed);
+    void StartCommand(std::function<void(CommandOutcome&)> command);
+    void OnCommandComplete(const CommandOutcome& outcome);
 
     ComPtr<IAFS_NamesCollection> m_files_to_open;
     DialogWorker m_worker;
@@ -130,6 +138,7 @@ private:
     ComPtr<IUIX_Inst> m_ui;
     const ComPtr<IAFS_FileSys> m_file_system;
     Ui::FilesIconProvider* const m_icons_provider;
+    Leftovers* const m_leftovers;
     bool m_is_open_dialog = true;
     const ComPtr<IAFS_Name> m_default_folder;
     Ui::DialogParameters* const m_parameters;

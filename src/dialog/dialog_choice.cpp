@@ -13,12 +13,29 @@
 
 namespace KOV {
 
+namespace {
+
+/// The folder of that name. It has no extension to be completed, whatever type of files is chosen.
+std::vector<ChosenEntry> FindFolder(const std::wstring& name, const std::vector<FolderItem>& items) {
+    std::vector<ChosenEntry> entries = {{name, {}}};
+    MatchItems(entries, items);
+    DWORD attributes = 0;
+    const FolderItem& item = entries.front().item;
+    const bool is_folder = !item.info.IsNull() && SUCCEEDED(item.info->get_Attributes(&attributes)) &&
+                           Bits::Has(attributes, AFS_FileAttribute_Folder);
+    return is_folder ? entries : std::vector<ChosenEntry>();
+}
+
+} // namespace
+
 HRESULT Dialog::Open() {
     TRACE_ENTER();
     CHECK_OR_RETURN(m_navigator != nullptr, E_FAIL);
+    // A box may let the dialog go on to another folder, or end.
+    const std::shared_ptr<const FolderContents> contents = m_navigator->GetContents();
     std::vector<ChosenEntry> names = GetSelectedFolderFromList();
     if (names.empty()) {
-        names = GetNamesFromNameEditControl();
+        names = GetNamesFromNameEditControl(contents->items);
     }
     if (names.empty()) {
         TRACE_RETURN(S_FALSE);
@@ -30,7 +47,7 @@ HRESULT Dialog::Open() {
     }
     ComPtr<IAFS_NamesCollection> collection;
     CHECK_OR_RETURN(NamesCollection::Create(collection));
-    CHECK_OR_RETURN(CollectNames(names, collection));
+    CHECK_OR_RETURN(CollectNames(names, contents->folder, collection));
     m_files_to_open = std::move(collection);
     TRACE_RETURN(S_OK);
 }
@@ -62,7 +79,7 @@ HRESULT Dialog::SettleItems(std::vector<ChosenEntry>& names, bool& is_navigating
     return S_OK;
 }
 
-HRESULT Dialog::CollectNames(const std::vector<ChosenEntry>& names, IAFS_NamesCollection* collection) {
+HRESULT Dialog::CollectNames(const std::vector<ChosenEntry>& names, IAFS_Name* folder, IAFS_NamesCollection* collection) {
     for (const ChosenEntry& entry : names) {
         ComPtr<IAFS_Name> name = entry.item.name;
         if (name.IsNull() && m_is_open_dialog) {
@@ -75,7 +92,7 @@ HRESULT Dialog::CollectNames(const std::vector<ChosenEntry>& names, IAFS_NamesCo
             continue;
         }
         if (name.IsNull()) {
-            CHECK_OR_RETURN(m_file_system->StringToName(entry.title.c_str(), 0, m_navigator->GetFolder(), &name));
+            CHECK_OR_RETURN(m_file_system->StringToName(entry.title.c_str(), 0, folder, &name));
         }
         CHECK_OR_RETURN(collection->Add(name));
     }
@@ -99,7 +116,7 @@ std::vector<ChosenEntry> Dialog::GetSelectedFolderFromList() const {
     return {};
 }
 
-std::vector<ChosenEntry> Dialog::GetNamesFromNameEditControl() const {
+std::vector<ChosenEntry> Dialog::GetNamesFromNameEditControl(const std::vector<FolderItem>& items) const {
     TRACE_ENTER();
     const std::wstring text(TrimBlanks(TextOf(L"ed.name")));
     if (text.empty()) {
@@ -110,7 +127,7 @@ std::vector<ChosenEntry> Dialog::GetNamesFromNameEditControl() const {
         names = ParseQuotedNames(text);
     }
     if (!names) {
-        if (std::vector<ChosenEntry> folder = FindFolder(text); !folder.empty()) {
+        if (std::vector<ChosenEntry> folder = FindFolder(text, items); !folder.empty()) {
             return folder;
         }
         names = {CompleteName(text)};
@@ -119,19 +136,8 @@ std::vector<ChosenEntry> Dialog::GetNamesFromNameEditControl() const {
     for (std::wstring& name : *names) {
         entries.push_back({std::move(name), {}});
     }
-    MatchItems(entries, m_navigator->GetItems());
+    MatchItems(entries, items);
     return entries;
-}
-
-/// The folder of that name. It has no extension to be completed, whatever type of files is chosen.
-std::vector<ChosenEntry> Dialog::FindFolder(const std::wstring& name) const {
-    std::vector<ChosenEntry> entries = {{name, {}}};
-    MatchItems(entries, m_navigator->GetItems());
-    DWORD attributes = 0;
-    const FolderItem& item = entries.front().item;
-    const bool is_folder = !item.info.IsNull() && SUCCEEDED(item.info->get_Attributes(&attributes)) &&
-                           Bits::Has(attributes, AFS_FileAttribute_Folder);
-    return is_folder ? entries : std::vector<ChosenEntry>();
 }
 
 std::wstring Dialog::CompleteName(std::wstring name) const {

@@ -44,7 +44,7 @@ std::wstring TextOfItem(IKOV_Inst* kov, const FolderItem& item, const ItemTexts&
 std::wstring WithReason(const std::wstring& message, IString& error_details, HRESULT failure) {
     Bstr details;
     (void)error_details.get_Value(&details);
-    return message + L"\n\n" + (details.Length() != 0 ? details.Text() : GetHResultString(failure));
+    return message + L"\n\n" + Ui::LiteralText(details.Length() != 0 ? details.Text() : GetHResultString(failure));
 }
 
 bool IsCanceledByUser(IKOV_ProgressMon* progress) {
@@ -95,28 +95,36 @@ void Dialog::DeleteCommandBar() {
     m_command_bar.Release();
 }
 
+// The state of a command is asked for at the next turn of the loop: a click may come before that.
 HRESULT Dialog::CreateFolder() {
     TRACE_ENTER();
+    if (!m_can_create_folder) {
+        TRACE_FORMAT(LogLevel::warning, L"Called CreateFolder when creation should be disabled");
+        TRACE_RETURN(S_FALSE);
+    }
     CHECK_OR_RETURN(m_navigator != nullptr, E_FAIL);
+    const std::shared_ptr<const FolderContents> contents = m_navigator->GetContents();
     std::wstring name = L"New folder";
-    if (!AskFolderName(name)) {
+    if (!AskFolderName(contents->items, name)) {
         TRACE_FORMAT(LogLevel::information, L"Creation is not confirmed by user");
         TRACE_RETURN(E_CANCELED);
     }
-    AsyncStart(
-        [self = ComPtr<Dialog>(this), name] {
-            ComPtr<IKOV_ProgressMon> progress;
-            const bool is_made = self->MakeFolder(name, progress);
-            (void)self->AsyncComplete([self, progress, is_made] { self->OnCommandComplete(progress, is_made); }, L"");
-        },
-        L"");
+    CHECK_OR_RETURN(m_pObj != nullptr, E_FAIL);
+    StartCommand([self = ComPtr<Dialog>(this), parent = contents->folder, name](CommandOutcome& outcome) {
+        (void)self->MakeFolder(parent, name, outcome);
+    });
     TRACE_RETURN(S_OK);
 }
 
+void Dialog::StartCommand(std::function<void(CommandOutcome&)> command) {
+    const auto outcome = std::make_shared<CommandOutcome>();
+    (void)AsyncStart([command = std::move(command), outcome] { command(*outcome); }, L"",
+                     {[self = ComPtr<Dialog>(this), outcome] { self->OnCommandComplete(*outcome); }, L""});
+}
+
 /// Asks until the name will do; false when the user gave up.
-bool Dialog::AskFolderName(std::wstring& io_name) const {
+bool Dialog::AskFolderName(const std::vector<FolderItem>& items, std::wstring& io_name) const {
     constexpr int cancel = 1;
-    const std::vector<FolderItem> items = m_navigator->GetItems();
     std::wstring message;
     do {
         const DWORD flags = UIX_MsgBox_EditTextRequired | (message.empty() ? 0 : UIX_MsgBox_IconError);
@@ -144,41 +152,49 @@ std::wstring Dialog::FolderNameError(const std::wstring& name, const std::vector
     return is_taken ? Ui::FormatString(m_kov_instance, L"sp.addFolder.question.error.alreadyExists", name) : std::wstring();
 }
 
-bool Dialog::MakeFolder(const std::wstring& name, ComPtr<IKOV_ProgressMon>& progress) const {
+HRESULT Dialog::MakeFolder(IAFS_Name* parent, const std::wstring& name, CommandOutcome& outcome) const {
     TRACE_ENTER();
-    CHECK_CALL_OR_RETURN_VALUE(m_kov_instance->get_ProgressMon(&progress), false);
+    ComPtr<IKOV_ProgressMon>& progress = outcome.progress;
+    CHECK_OR_RETURN(m_kov_instance->get_ProgressMon(&progress));
     if (!progress.IsNull()) {
         (void)progress->put_Title(Ui::FormatString(m_kov_instance, L"sp.addFolder.progress.title").c_str());
         (void)progress->put_Text(Ui::FormatString(m_kov_instance, L"sp.addFolder.progress.text", name).c_str());
         (void)progress->SetStyle(UIX_ProgressStyle_Endless);
-        CHECK_OR_RETURN_VALUE(!IsCanceledByUser(progress), false);
+        CHECK_OR_RETURN(!IsCanceledByUser(progress), E_CANCELED);
         (void)progress->Start();
     }
     const ComPtr<Utility::KOVString> error_details = MakeObject<Utility::KOVString>();
-    CHECK_OR_RETURN_VALUE(error_details != nullptr, false);
+    CHECK_OR_RETURN(error_details != nullptr, E_OUTOFMEMORY);
     ComPtr<IAFS_Name> new_name;
-    HRESULT result = m_file_system->StringToName(name.c_str(), 0, m_navigator->GetFolder(), &new_name);
+    HRESULT result = m_file_system->StringToName(name.c_str(), 0, parent, &new_name);
     if (SUCCEEDED(result)) {
         result = m_file_system->CreateFolder(new_name, 0, error_details, nullptr);
     }
+    outcome.is_server_changed = SUCCEEDED(result);
     if (FAILED(result) && result != E_CANCELED) {
         ShowError(
             WithReason(Ui::FormatString(m_kov_instance, L"sp.addFolder.error.message", name), *error_details.Get(), result));
     }
     TRACE_LEAVE(L"{}", result);
-    return SUCCEEDED(result);
+    return result;
 }
 
 HRESULT Dialog::Delete() {
     TRACE_ENTER();
     constexpr int cancel = 1;
-    CHECK_OR_RETURN(m_navigator != nullptr && m_list != nullptr, E_FAIL);
+    if (!m_can_delete) {
+        TRACE_FORMAT(LogLevel::warning, L"Called Delete when deletion should be disabled");
+        TRACE_RETURN(S_FALSE);
+    }
+    CHECK_OR_RETURN(m_navigator != nullptr, E_FAIL);
+    CHECK_OR_RETURN(m_list != nullptr, E_FAIL);
     std::vector<FolderItem> items;
     CHECK_OR_RETURN(m_list->GetSelection(items));
-    const auto parent = std::find_if(
-        items.begin(), items.end(), [this](const FolderItem& item) { return item.name.Get() == m_navigator->GetParent().Get(); });
-    if (parent != items.end()) {
-        items.erase(parent);
+    const auto row_up = std::find_if(items.begin(), items.end(), [parent = m_navigator->GetParent()](const FolderItem& item) {
+        return item.name.Get() == parent.Get();
+    });
+    if (row_up != items.end()) {
+        items.erase(row_up);
     }
     if (items.empty()) {
         TRACE_FORMAT(LogLevel::warning, L"Delete is called for empty selection");
@@ -194,26 +210,21 @@ HRESULT Dialog::Delete() {
             TRACE_RETURN(S_OK);
         }
     }
-    AsyncStart(
-        [self = ComPtr<Dialog>(this), items] {
-            ComPtr<IKOV_ProgressMon> progress;
-            const bool is_changed = self->DeleteItems(items, progress);
-            (void)self->AsyncComplete([self, progress, is_changed] { self->OnCommandComplete(progress, is_changed); }, L"");
-        },
-        L"");
+    CHECK_OR_RETURN(m_pObj != nullptr, E_FAIL);
+    StartCommand([self = ComPtr<Dialog>(this), items](CommandOutcome& outcome) { (void)self->DeleteItems(items, outcome); });
     TRACE_RETURN(S_OK);
 }
 
-bool Dialog::DeleteItems(const std::vector<FolderItem>& items, ComPtr<IKOV_ProgressMon>& progress) const {
+HRESULT Dialog::DeleteItems(const std::vector<FolderItem>& items, CommandOutcome& outcome) const {
     TRACE_ENTER();
     const auto count = static_cast<std::uint32_t>(items.size());
-    CHECK_CALL_OR_RETURN_VALUE(m_kov_instance->get_ProgressMon(&progress), false);
+    ComPtr<IKOV_ProgressMon>& progress = outcome.progress;
+    CHECK_OR_RETURN(m_kov_instance->get_ProgressMon(&progress));
     if (!progress.IsNull()) {
         (void)progress->put_Title(Ui::FormatString(m_kov_instance, L"sp.delete.progress.title").c_str());
         (void)(count == 1 ? progress->SetStyle(UIX_ProgressStyle_Endless) : progress->put_Total(count - 1));
-        CHECK_CALL_OR_RETURN_VALUE(progress->Start(), false);
+        CHECK_OR_RETURN(progress->Start());
     }
-    bool is_changed = false;
     for (std::uint32_t i = 0; i < count && !IsCanceledByUser(progress); ++i) {
         if (!progress.IsNull()) {
             (void)progress->put_Pos(i);
@@ -224,10 +235,9 @@ bool Dialog::DeleteItems(const std::vector<FolderItem>& items, ComPtr<IKOV_Progr
         if (result == E_CANCELED) {
             break;
         }
-        is_changed = is_changed || SUCCEEDED(result);
+        outcome.is_server_changed = outcome.is_server_changed || SUCCEEDED(result);
     }
-    TRACE_LEAVE(L"{}", is_changed);
-    return is_changed;
+    TRACE_RETURN(S_OK);
 }
 
 HRESULT Dialog::DeleteItem(const FolderItem& item) const {
@@ -240,11 +250,11 @@ HRESULT Dialog::DeleteItem(const FolderItem& item) const {
     return result;
 }
 
-void Dialog::OnCommandComplete(IKOV_ProgressMon* progress, bool is_changed) {
-    if (progress != nullptr) {
-        (void)progress->Stop();
+void Dialog::OnCommandComplete(const CommandOutcome& outcome) {
+    if (!outcome.progress.IsNull()) {
+        (void)outcome.progress->Stop();
     }
-    if (is_changed) {
+    if (outcome.is_server_changed) {
         (void)Refresh();
     }
 }

@@ -73,7 +73,7 @@ HRESULT Dialog::OnListSelectionChanged() {
     if (has_folder) {
         EnableItems({L"btn.ok"}, true);
     }
-    std::erase_if(items, [this](const FolderItem& item) { return item.name.Get() == m_navigator->GetParent().Get(); });
+    std::erase_if(items, [parent = m_navigator->GetParent()](const FolderItem& item) { return item.name.Get() == parent.Get(); });
     m_can_delete = MayDelete(items);
     UpdateCommandBar();
     TRACE_RETURN(S_OK);
@@ -112,6 +112,7 @@ HRESULT Dialog::OnOkClicked() {
     ULONG count = 0;
     (void)m_files_to_open->get_Count(&count);
     CHECK_OR_RETURN(count != 0, E_FAIL);
+    CHECK_OR_RETURN(m_pObj != nullptr, E_FAIL);
     CHECK_OR_RETURN(m_pObj->EndModal(IDOK));
     TRACE_RETURN(S_OK);
 }
@@ -136,6 +137,7 @@ HRESULT Dialog::OnItemConfirmed(IAFS_Name* name) {
         Bstr title;
         CHECK_OR_RETURN(info->get_Title(&title));
         CHECK_OR_RETURN(MayReplace(title.Text()), E_CANCELED);
+        CHECK_OR_RETURN(m_pObj != nullptr, E_FAIL);
     }
     CHECK_OR_RETURN(m_files_to_open->Clear());
     CHECK_OR_RETURN(m_files_to_open->Add(name));

@@ -26,13 +26,12 @@ HRESULT Dialog::SetFolder(IAFS_Name* name, bool show_error) {
     ClearUi();
     EnterWait();
     const ComPtr<Dialog> self = this;
+    const auto result = std::make_shared<HRESULT>(E_FAIL);
     const bool is_started = AsyncStart(
-        [self, name = ComPtr<IAFS_Name>(name), filter = HiddenPathsFilter(), show_error] {
-            const HRESULT result = self->MoveTo(name, filter);
-            (void)self->AsyncComplete([self, result, show_error] { self->OnFolderSet(result, show_error); },
-                                      L"SetFolder::Complete");
+        [self, navigator = m_navigator, name = ComPtr<IAFS_Name>(name), filter = HiddenPathsFilter(), result] {
+            *result = self->MoveTo(*navigator, name, filter);
         },
-        L"SetFolder::Start");
+        L"SetFolder::Start", {[self, result, show_error] { self->OnFolderSet(*result, show_error); }, L"SetFolder::Complete"});
     if (!is_started) {
         LeaveWait();
         StayInFolder(true);
@@ -67,12 +66,12 @@ std::function<bool(IAFS_Name*)> Dialog::HiddenPathsFilter() const {
     };
 }
 
-HRESULT Dialog::MoveTo(IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter) {
-    HRESULT result = m_navigator->SetFolder(name, filter);
+HRESULT Dialog::MoveTo(FoldersNavigator& navigator, IAFS_Name* name, const std::function<bool(IAFS_Name*)>& filter) const {
+    HRESULT result = navigator.SetFolder(name, filter);
     if (FAILED(result) && result != E_CANCELED && !m_default_folder.IsNull() && m_default_folder.Get() != name) {
         TRACE_FORMAT(LogLevel::warning, L"Failed to navigate to {}, trying default folder {}", static_cast<const void*>(name),
                      static_cast<const void*>(m_default_folder.Get()));
-        result = m_navigator->SetFolder(m_default_folder, filter);
+        result = navigator.SetFolder(m_default_folder, filter);
     }
     return result;
 }
@@ -112,17 +111,8 @@ void Dialog::LeaveWait() {
     }
 }
 
-bool Dialog::AsyncStart(std::function<void()> function, const std::wstring& name) {
-    return m_worker.Start(std::move(function), name);
-}
-
-HRESULT Dialog::AsyncComplete(std::function<void()> function, const std::wstring& name) {
-    TRACE_ENTER();
-    CHECK_OR_RETURN(m_pObj != nullptr, E_UNEXPECTED);
-    HWND window = nullptr;
-    CHECK_OR_RETURN(m_pObj->get_WndHandle(&window));
-    CHECK_OR_RETURN(m_worker.Complete(window, std::move(function), name));
-    TRACE_RETURN(S_OK);
+bool Dialog::AsyncStart(std::function<void()> function, const std::wstring& name, AsyncCallbackContext complete) {
+    return m_worker.Start(m_window, std::move(function), name, std::move(complete));
 }
 
 HRESULT Dialog::OnAsyncComplete(const UiEvent& event) {
@@ -130,11 +120,13 @@ HRESULT Dialog::OnAsyncComplete(const UiEvent& event) {
     const std::unique_ptr<AsyncCallbackContext> context = m_worker.Take(event.parameter);
     CHECK_OR_RETURN(context != nullptr, E_INVALIDARG);
     TRACE_FORMAT(LogLevel::information, L"Calling complete function '{}'", context->name);
-    context->function();
-    if (m_end_pending) {
+    // A window that the user closed ends whatever comes of this: it is hidden, and nothing else ends it.
+    const HRESULT result = RunGuarded(context->function);
+    if (m_end_pending && !m_pObj.IsNull()) {
         TRACE_FORMAT(LogLevel::information, L"Closing dialog with ID {}", m_end_code);
         CHECK_OR_RETURN(m_pObj->EndModal(m_end_code));
     }
+    CHECK_OR_RETURN(result);
     TRACE_RETURN(S_OK);
 }
 

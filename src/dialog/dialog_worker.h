@@ -2,13 +2,13 @@
 
 /// The one worker of a dialog: work beside the window, whose result comes back through the window's message queue.
 
+#include <atomic>
 #include <functional>
 #include <future>
 #include <memory>
-#include <mutex>
 #include <string>
 
-#include "platform/types.h"
+#include "host/instance.h"
 
 namespace EventCodes {
 /// A worker's result is there; the parameter names it.
@@ -23,29 +23,36 @@ struct AsyncCallbackContext {
     std::wstring name;
 };
 
+/// All functions belong to the window's thread.
 class DialogWorker {
 public:
-    DialogWorker() = default;
+    explicit DialogWorker(KOV::IKOV_Inst* kov_instance);
     DialogWorker(const DialogWorker&) = delete;
     DialogWorker& operator=(const DialogWorker&) = delete;
 
-    /// Runs `function` on a thread of its own; it ends with `Complete`. False, and nothing runs, while one is under way. Never
-    /// blocks. The window's thread.
-    bool Start(std::function<void()> function, const std::wstring& name);
-    /// Posts `function` to the window; a failure frees it. The worker's last act.
-    HRESULT Complete(HWND window, std::function<void()> function, std::wstring name);
+    /// Runs `function` on a thread of its own, and hands `complete` to `window` when it has ended, whether it came to its end or
+    /// threw. False, and nothing runs, while one is under way. Never blocks. The object lives as long as `function` holds it.
+    bool Start(HWND window, std::function<void()> function, const std::wstring& name, AsyncCallbackContext complete);
 
-    /// Whether a task runs, or its result was posted and not yet taken. The window's thread.
+    /// Whether a task runs, or its result is on its way to the window.
     bool IsUnderWay() const;
-    /// The result that the message's `parameter` stands for, once the worker that posted it has ended; null for any other. The
-    /// window's thread.
+    /// The result that the message's `parameter` stands for, once the worker that posted it has ended; null for any other.
     std::unique_ptr<AsyncCallbackContext> Take(std::intptr_t parameter);
-    /// Waits for the worker and frees a result that nobody took: the window is gone. The window's thread.
-    void End();
+    /// All that is left, for a window that goes: the last reference waits for the worker, and a result that nobody took goes with
+    /// it. Null when there is nothing.
+    std::shared_ptr<const void> Leave();
 
 private:
+    void Hand(HWND window, WPARAM parameter);
+
+    const ComPtr<KOV::IKOV_Inst> m_kov_instance;
+    /// Held from the start to the end, so that nothing is left to fail when the work is done, and by the message never, which is
+    /// lost with its window.
+    std::unique_ptr<AsyncCallbackContext> m_context;
+    /// No message stands for the result of the task that has ended.
+    std::atomic<bool> m_is_lost = false;
     std::future<void> m_async_result;
-    mutable std::mutex m_lock;
-    /// Posted and not yet taken. Held here and not by its message, which is lost with its window.
-    std::unique_ptr<AsyncCallbackContext> m_posted;
 };
+
+/// Runs `function`; a failure that it throws is logged and becomes the result. Any thread.
+HRESULT RunGuarded(const std::function<void()>& function);

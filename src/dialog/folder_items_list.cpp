@@ -9,6 +9,7 @@
 #include "dialog/files_icon_provider.h"
 #include "dialog/folder_columns.h"
 #include "dialog/folders_navigator.h"
+#include "dialog/leftovers.h"
 #include "frame/diagnostics/diagnostics.h"
 #include "host/tools/window_bases.h"
 #include "platform/bstr.h"
@@ -37,7 +38,7 @@ struct FolderSorting {
 class FolderItemsList::Impl final : public KOV::uiListCallbacksBase {
 public:
     Impl(KOV::IKOV_Inst* kov_instance, KOV::IUIX_Inst* ui, KOV::IAFS_FileSys* file_system, Ui::FilesIconProvider* icons_provider,
-         KOV::IUIX_List* list, std::shared_ptr<FoldersNavigator> navigator, OnConfirmed on_confirmed);
+         Leftovers* leftovers, KOV::IUIX_List* list, std::shared_ptr<FoldersNavigator> navigator, OnConfirmed on_confirmed);
 
     /// Takes itself from behind the control, which holds it, and empties it.
     void Detach();
@@ -60,10 +61,11 @@ public:
 private:
     ~Impl() override = default;
 
-    void InsertColumns();
+    HRESULT InsertColumns();
     FolderSorting GetSorting() const;
     HRESULT SetColumnSorting(std::size_t column_index, bool ascending);
-    HRESULT MakeParent();
+    HRESULT MakeParent(const ComPtr<KOV::IAFS_Name>& parent);
+    void LeaveRows();
     void ChooseKinds();
     const ComPtr<KOV::IKOV_MultiSizeImage>& IconOf(FileKind& kind);
     void Arrange(FolderSorting sorting);
@@ -75,6 +77,7 @@ private:
     const ComPtr<KOV::IUIX_Inst> m_ui;
     const ComPtr<KOV::IAFS_FileSys> m_file_system;
     Ui::FilesIconProvider* const m_icons_provider;
+    Leftovers* const m_leftovers;
     const ComPtr<KOV::IUIX_List> m_list;
     const std::shared_ptr<FoldersNavigator> m_navigator;
     const OnConfirmed m_on_confirmed;
@@ -89,30 +92,31 @@ private:
 };
 
 FolderItemsList::Impl::Impl(KOV::IKOV_Inst* kov_instance, KOV::IUIX_Inst* ui, KOV::IAFS_FileSys* file_system,
-                            Ui::FilesIconProvider* icons_provider, KOV::IUIX_List* list,
+                            Ui::FilesIconProvider* icons_provider, Leftovers* leftovers, KOV::IUIX_List* list,
                             std::shared_ptr<FoldersNavigator> navigator, OnConfirmed on_confirmed)
-    : m_kov_instance(kov_instance), m_ui(ui), m_file_system(file_system), m_icons_provider(icons_provider), m_list(list),
-      m_navigator(std::move(navigator)), m_on_confirmed(std::move(on_confirmed)) {
+    : m_kov_instance(kov_instance), m_ui(ui), m_file_system(file_system), m_icons_provider(icons_provider),
+      m_leftovers(leftovers), m_list(list), m_navigator(std::move(navigator)), m_on_confirmed(std::move(on_confirmed)) {
     TRACE_ENTER();
-    InsertColumns();
+    const HRESULT result = InsertColumns();
+    CHECK_OR_THROW(SUCCEEDED(result), HResultException(result));
     TRACE_LEAVE();
 }
 
-void FolderItemsList::Impl::InsertColumns() {
+HRESULT FolderItemsList::Impl::InsertColumns() {
     ComPtr<KOV::IUIX_Obj> list_object;
     RECT list_rect{};
     LONG scroll_bar_width = 0;
-    CHECK_OR_THROW(SUCCEEDED(m_list->get_Obj(&list_object)) && !list_object.IsNull(), HResultException(E_FAIL));
-    CHECK_OR_THROW(SUCCEEDED(list_object->get_ClientRect(&list_rect)), HResultException(E_FAIL));
-    CHECK_OR_THROW(SUCCEEDED(m_ui->get_Metric(KOV::UIX_Metric_ScrollBarWidth, &scroll_bar_width)), HResultException(E_FAIL));
+    CHECK_OR_RETURN(m_list->get_Obj(&list_object));
+    CHECK_OR_RETURN(list_object != nullptr, E_FAIL);
+    CHECK_OR_RETURN(list_object->get_ClientRect(&list_rect));
+    CHECK_OR_RETURN(m_ui->get_Metric(KOV::UIX_Metric_ScrollBarWidth, &scroll_bar_width));
     const LONG width = std::max<LONG>(list_rect.right - list_rect.left - scroll_bar_width, 0);
     for (const FolderColumn& column : folder_columns) {
         const auto column_width = static_cast<LONG>(column.width * static_cast<float>(width));
-        CHECK_OR_THROW(SUCCEEDED(m_list->InsertColumn(-1, column_width, LocalText(m_kov_instance, column.title_key), 0,
-                                                      LocalText(m_kov_instance, column.hint_key), 0, 0)),
-                       HResultException(E_FAIL));
+        CHECK_OR_RETURN(m_list->InsertColumn(-1, column_width, LocalText(m_kov_instance, column.title_key), 0,
+                                             LocalText(m_kov_instance, column.hint_key), 0, 0));
     }
-    CHECK_OR_THROW(SUCCEEDED(SetColumnSorting(0, true)), HResultException(E_FAIL));
+    return SetColumnSorting(0, true);
 }
 
 HRESULT FolderItemsList::Impl::SetColumnSorting(std::size_t column_index, bool ascending) {
@@ -145,16 +149,33 @@ HRESULT FolderItemsList::Impl::Clear() {
     const HRESULT result = m_list->DeleteAllItems();
     m_items.clear();
     m_parent.reset();
-    m_rows.reset();
+    LeaveRows();
     CHECK_OR_RETURN(result);
     TRACE_RETURN(S_OK);
+}
+
+// To let 100,000 rows go takes long enough to be felt, and icons belong to this thread.
+void FolderItemsList::Impl::LeaveRows() {
+    if (m_rows == nullptr) {
+        return;
+    }
+    for (FileKind& kind : m_rows->kinds) {
+        kind.icon.Release();
+        kind.has_asked_for_icon = false;
+    }
+    if (m_rows.use_count() == 1) {
+        m_leftovers->Take(std::move(m_rows));
+    }
+    m_rows.reset();
 }
 
 HRESULT FolderItemsList::Impl::Refresh() {
     TRACE_ENTER();
     CHECK_OR_RETURN(Clear());
-    CHECK_OR_RETURN(MakeParent());
-    CHECK_OR_RETURN(m_navigator->GetRows(m_rows));
+    const std::shared_ptr<const FolderContents> contents = m_navigator->GetContents();
+    CHECK_OR_RETURN(MakeParent(contents->parent));
+    CHECK_OR_RETURN(contents->rows_result);
+    m_rows = contents->rows;
     CHECK_OR_RETURN(m_icons_provider->GetIcon(&m_folder_icon, Ui::FilesIconProvider::folder_key));
     ChooseKinds();
     Arrange(GetSorting());
@@ -164,12 +185,12 @@ HRESULT FolderItemsList::Impl::Refresh() {
     TRACE_RETURN(S_OK);
 }
 
-HRESULT FolderItemsList::Impl::MakeParent() {
-    if (m_navigator->GetParent().IsNull()) {
+HRESULT FolderItemsList::Impl::MakeParent(const ComPtr<KOV::IAFS_Name>& parent) {
+    if (parent.IsNull()) {
         return S_OK;
     }
     FolderRow row;
-    row.item.name = m_navigator->GetParent();
+    row.item.name = parent;
     CHECK_OR_RETURN(m_file_system->GetFileInfo(row.item.name, nullptr, nullptr, &row.item.info));
     CHECK_OR_RETURN(m_icons_provider->GetIcon(&m_parent_icon, Ui::FilesIconProvider::parent_key));
     row.title = L"..";
@@ -326,13 +347,14 @@ HRESULT FolderItemsList::Impl::List_OnHdrItemClicked(KOV::IUIX_List*, LONG colum
 }
 
 FolderItemsList::FolderItemsList(KOV::IKOV_Inst* kov_instance, KOV::IUIX_Inst* ui, KOV::IAFS_FileSys* file_system,
-                                 Ui::FilesIconProvider* icons_provider, KOV::IUIX_List* list,
+                                 Ui::FilesIconProvider* icons_provider, Leftovers* leftovers, KOV::IUIX_List* list,
                                  std::shared_ptr<FoldersNavigator> navigator, OnConfirmed on_confirmed)
-    : m_impl(
-          MakeObject<Impl>(kov_instance, ui, file_system, icons_provider, list, std::move(navigator), std::move(on_confirmed))) {
+    : m_impl(MakeObject<Impl>(kov_instance, ui, file_system, icons_provider, leftovers, list, std::move(navigator),
+                              std::move(on_confirmed))) {
     TRACE_ENTER();
     CHECK_OR_THROW(!m_impl.IsNull(), HResultException(E_OUTOFMEMORY));
-    CHECK_OR_THROW(SUCCEEDED(list->put_Callbacks(m_impl)), HResultException(E_FAIL));
+    const HRESULT result = list->put_Callbacks(m_impl);
+    CHECK_OR_THROW(SUCCEEDED(result), HResultException(result));
     TRACE_LEAVE();
 }
 

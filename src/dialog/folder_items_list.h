@@ -9,6 +9,7 @@
 #include "host/user_interface.h"
 
 class FoldersNavigator;
+class Leftovers;
 class NamesFilter;
 
 namespace Ui {
@@ -22,10 +23,10 @@ public:
     using OnConfirmed = std::function<HRESULT(KOV::IAFS_Name*)>;
 
     /// Gives the control its columns and stands behind it from then on. Throws `HResultException` when the control can't be used.
-    /// `icons_provider` outlives the object.
+    /// `icons_provider` and `leftovers` outlive the object.
     FolderItemsList(KOV::IKOV_Inst* kov_instance, KOV::IUIX_Inst* ui, KOV::IAFS_FileSys* file_system,
-                    Ui::FilesIconProvider* icons_provider, KOV::IUIX_List* list, std::shared_ptr<FoldersNavigator> navigator,
-                    OnConfirmed on_confirmed);
+                    Ui::FilesIconProvider* icons_provider, Leftovers* leftovers, KOV::IUIX_List* list,
+                    std::shared_ptr<FoldersNavigator> navigator, OnConfirmed on_confirmed);
     /// Leaves the control empty and by itself.
     ~FolderItemsList();
     FolderItemsList(const FolderItemsList&) = delete;

@@ -11,10 +11,10 @@ HRESULT FoldersNavigator::SetFolder(KOV::IAFS_Name* folder_or_file_item, const F
     TRACE_ENTER();
     INTERFACE_TRY
     if (folder_or_file_item == nullptr) {
-        m_contents = {.folder = m_contents.folder};
+        Exchange({.folder = GetFolder()});
         TRACE_RETURN(S_FALSE);
     }
-    Contents contents;
+    FolderContents contents;
     CHECK_OR_RETURN(!m_stop, E_CANCELED);
     CHECK_OR_RETURN(FindPlace(folder_or_file_item, contents));
     CHECK_OR_RETURN(Enumerate(filter, contents));
@@ -22,26 +22,34 @@ HRESULT FoldersNavigator::SetFolder(KOV::IAFS_Name* folder_or_file_item, const F
     contents.rows_result = FolderRows::Make(m_file_system, contents.items, contents.rows);
     CHECK_OR_RETURN(!m_stop, E_CANCELED);
     TRACE_FORMAT(LogLevel::information, L"Enumeration is complete");
-    std::swap(m_contents, contents);
+    Exchange(std::move(contents));
     TRACE_RETURN(S_OK);
     INTERFACE_CATCH_SHORT(nullptr)
 }
 
-HRESULT FoldersNavigator::GetRows(std::shared_ptr<FolderRows>& out_rows) const {
-    out_rows = m_contents.rows;
-    return m_contents.rows_result;
+std::shared_ptr<const FolderContents> FoldersNavigator::GetContents() const {
+    const std::scoped_lock guard(m_lock);
+    return m_contents;
 }
 
-HRESULT FoldersNavigator::FindPlace(KOV::IAFS_Name* folder_or_file_item, Contents& contents) {
+void FoldersNavigator::Exchange(FolderContents contents) {
+    std::shared_ptr<const FolderContents> exchanged = std::make_shared<const FolderContents>(std::move(contents));
+    const std::scoped_lock guard(m_lock);
+    m_contents.swap(exchanged);
+}
+
+HRESULT FoldersNavigator::FindPlace(KOV::IAFS_Name* folder_or_file_item, FolderContents& contents) {
+    const std::shared_ptr<const FolderContents> old = GetContents();
     VARIANT_BOOL is_same = VARIANT_FALSE;
-    CHECK_OR_RETURN(m_file_system->NamesAreEqual(m_contents.folder, folder_or_file_item, &is_same));
+    CHECK_OR_RETURN(m_file_system->NamesAreEqual(old->folder, folder_or_file_item, &is_same));
     if (is_same != VARIANT_FALSE) {
         TRACE_FORMAT(LogLevel::information, L"Navigating to the same folder - just refresh");
-        contents.folder = m_contents.folder;
-        contents.parent = m_contents.parent;
-        return S_OK;
+        contents.folder = old->folder;
+        contents.parent = old->parent;
+    } else {
+        CHECK_OR_RETURN(FindPlaceOfOther(folder_or_file_item, *old, contents));
     }
-    CHECK_OR_RETURN(FindPlaceOfOther(folder_or_file_item, contents));
+    // Of the same folder too: a parent that couldn't be read may be there again.
     if (contents.parent.IsNull()) {
         CHECK_OR_RETURN(!m_stop, E_CANCELED);
         if (FAILED(m_file_system->NameGetParent(contents.folder, &contents.parent))) {
@@ -52,9 +60,12 @@ HRESULT FoldersNavigator::FindPlace(KOV::IAFS_Name* folder_or_file_item, Content
     return S_OK;
 }
 
-HRESULT FoldersNavigator::FindPlaceOfOther(KOV::IAFS_Name* folder_or_file_item, Contents& contents) {
-    const FolderItem* const child = FindChild(folder_or_file_item);
-    ComPtr<KOV::IAFS_FileInfo> info = child != nullptr ? child->info : nullptr;
+HRESULT FoldersNavigator::FindPlaceOfOther(KOV::IAFS_Name* folder_or_file_item, const FolderContents& old,
+                                           FolderContents& contents) {
+    const auto child = std::find_if(old.items.begin(), old.items.end(),
+                                    [&](const FolderItem& item) { return item.name.Get() == folder_or_file_item; });
+    const bool is_child = child != old.items.end();
+    ComPtr<KOV::IAFS_FileInfo> info = is_child ? child->info : nullptr;
     CHECK_OR_RETURN(!m_stop, E_CANCELED);
     if (info.IsNull()) {
         CHECK_OR_RETURN(m_file_system->GetFileInfo(folder_or_file_item, nullptr, nullptr, &info));
@@ -62,17 +73,17 @@ HRESULT FoldersNavigator::FindPlaceOfOther(KOV::IAFS_Name* folder_or_file_item, 
     DWORD attributes = 0;
     CHECK_OR_RETURN(info->get_Attributes(&attributes));
     const bool is_folder = Bits::Has(attributes, KOV::AFS_FileAttribute_Folder);
-    if (is_folder && child != nullptr) {
+    if (is_folder && is_child) {
         TRACE_FORMAT(LogLevel::information, L"Navigating to child folder - use current folder as parent");
         contents.folder = folder_or_file_item;
-        contents.parent = m_contents.folder;
+        contents.parent = old.folder;
     } else if (is_folder) {
         TRACE_FORMAT(LogLevel::information, L"Navigating to unrelated folder");
         contents.folder = folder_or_file_item;
-    } else if (child != nullptr) {
+    } else if (is_child) {
         TRACE_FORMAT(LogLevel::information, L"Navigating to child file - keep current folder and parent and just refresh");
-        contents.folder = m_contents.folder;
-        contents.parent = m_contents.parent;
+        contents.folder = old.folder;
+        contents.parent = old.parent;
     } else {
         TRACE_FORMAT(LogLevel::information, L"Navigating to unrelated file - use file's parent folder instead");
         CHECK_OR_RETURN(m_file_system->NameGetParent(folder_or_file_item, &contents.folder));
@@ -80,13 +91,7 @@ HRESULT FoldersNavigator::FindPlaceOfOther(KOV::IAFS_Name* folder_or_file_item, 
     return S_OK;
 }
 
-const FolderItem* FoldersNavigator::FindChild(KOV::IAFS_Name* item) const {
-    const auto found = std::find_if(m_contents.items.begin(), m_contents.items.end(),
-                                    [&](const FolderItem& child) { return child.name.Get() == item; });
-    return found == m_contents.items.end() ? nullptr : &*found;
-}
-
-HRESULT FoldersNavigator::Enumerate(const Filter& filter, Contents& contents) {
+HRESULT FoldersNavigator::Enumerate(const Filter& filter, FolderContents& contents) {
     CHECK_OR_RETURN(!m_stop, E_CANCELED);
     ComPtr<KOV::IAFS_EnumFolder> enum_folder;
     CHECK_OR_RETURN(m_file_system->EnumFolder(contents.folder, nullptr, nullptr, &enum_folder));
@@ -108,7 +113,7 @@ HRESULT FoldersNavigator::Enumerate(const Filter& filter, Contents& contents) {
 
 // The window asks the parent for its facts, and must not wait for a server: here they are read, or the parent counts as
 // unreachable, as a root's does.
-HRESULT FoldersNavigator::BindParent(Contents& contents) {
+HRESULT FoldersNavigator::BindParent(FolderContents& contents) {
     if (!contents.parent.IsNull()) {
         ComPtr<KOV::IAFS_FileInfo> info;
         if (FAILED(m_file_system->GetFileInfo(contents.parent, nullptr, nullptr, &info))) {

@@ -11,7 +11,9 @@ OpenSaveDialog::OpenSaveDialog(KOV::IKOV_Inst* kov_instance, KOV::IAFS_FileSys* 
     : m_kov_instance(kov_instance), m_file_system(file_system) {
     TRACE_ENTER();
     ComPtr<KOV::IUIX_Inst> ui;
-    CHECK_OR_THROW(SUCCEEDED(m_kov_instance->GetExtension(L"UIX", (IUnknown**)&ui)) && !ui.IsNull(), HResultException(E_FAIL));
+    const HRESULT result = m_kov_instance->GetExtension(L"UIX", (IUnknown**)&ui);
+    CHECK_OR_THROW(SUCCEEDED(result), HResultException(result));
+    CHECK_OR_THROW(ui != nullptr, HResultException(E_FAIL));
     m_icons_provider = std::make_unique<FilesIconProvider>(ui);
     TRACE_LEAVE();
 }
@@ -39,8 +41,9 @@ HRESULT OpenSaveDialog::ShowDialog(bool is_open_dialog, KOV::IAFS_NamesCollectio
     *o_names = nullptr;
     const auto show = [&]() -> HRESULT {
         INTERFACE_TRY
-        const ComPtr<KOV::Dialog> dialog = MakeObject<KOV::Dialog>(m_kov_instance, m_file_system, m_icons_provider.get(),
-                                                                   &io_parameters, i_default_folder, &i_preferences);
+        const ComPtr<KOV::Dialog> dialog =
+            MakeObject<KOV::Dialog>(m_kov_instance, m_file_system, m_icons_provider.get(), &m_leftovers, &io_parameters,
+                                    i_default_folder, &i_preferences);
         CHECK_OR_RETURN(dialog != nullptr, E_OUTOFMEMORY);
         CHECK_OR_RETURN(dialog->DoModal(is_open_dialog, i_parent_window));
         dialog->GetFilesToOpen().CopyTo(o_names);

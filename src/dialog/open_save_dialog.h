@@ -5,13 +5,15 @@
 #include <memory>
 
 #include "dialog/front/place_dialog.h"
+#include "dialog/leftovers.h"
 #include "host/instance.h"
 
 namespace Ui {
 
 class FilesIconProvider;
 
-/// One for the whole life of the module: what it keeps between showings are the icons of file types.
+/// One for the whole life of the module: what it keeps between showings are the icons of file types. Its end waits for
+/// what a showing left.
 class OpenSaveDialog final : public PlaceDialog {
 public:
     /// Takes the host's user interface; throws `HResultException` when there is none. Main thread.
@@ -32,6 +34,8 @@ private:
     ComPtr<KOV::IKOV_Inst> m_kov_instance;
     ComPtr<KOV::IAFS_FileSys> m_file_system;
     std::unique_ptr<FilesIconProvider> m_icons_provider;
+    /// Gone before the module is.
+    Leftovers m_leftovers;
 };
 
 } // namespace Ui

@@ -26,14 +26,16 @@ protected:
 
     std::vector<std::wstring> Titles() const {
         std::vector<std::wstring> titles;
-        for (const FolderItem& item : navigator->GetItems()) {
+        const std::shared_ptr<const FolderContents> contents = navigator->GetContents();
+        for (const FolderItem& item : contents->items) {
             Bstr title;
             titles.push_back(TextOfBstr(item.info->get_Title(&title), title));
         }
         return titles;
     }
-    KOV::IAFS_Name* Child(const wchar_t* wanted) const {
-        for (const FolderItem& item : navigator->GetItems()) {
+    ComPtr<KOV::IAFS_Name> Child(const wchar_t* wanted) const {
+        const std::shared_ptr<const FolderContents> contents = navigator->GetContents();
+        for (const FolderItem& item : contents->items) {
             Bstr title;
             if (TextOfBstr(item.info->get_Title(&title), title) == wanted) {
                 return item.name;
@@ -48,9 +50,9 @@ protected:
     void ExpectPlace(std::string_view folder, std::string_view parent) {
         EXPECT_EQ(UrlOf(navigator->GetFolder()), Url(folder));
         EXPECT_EQ(UrlOf(navigator->GetParent()), parent.empty() ? L"none" : Url(parent));
-        std::shared_ptr<FolderRows> rows;
-        EXPECT_EQ(navigator->GetRows(rows), S_OK);
-        EXPECT_EQ(rows == nullptr ? 0 : rows->rows.size(), navigator->GetItems().size());
+        const std::shared_ptr<const FolderContents> contents = navigator->GetContents();
+        EXPECT_EQ(contents->rows_result, S_OK);
+        EXPECT_EQ(contents->rows == nullptr ? 0 : contents->rows->rows.size(), contents->items.size());
     }
 
     ComPtr<Name> root;
@@ -83,13 +85,32 @@ TEST_F(NavigatorTest, AChildFolderAndTheWayBackTakeOneRequestEach) {
 TEST_F(NavigatorTest, TheRootOfASiteHasNoParent) {
     ASSERT_EQ(navigator->SetFolder(root, KeepAll), S_OK);
     ExpectPlace("sites/x", "");
-    EXPECT_NE(Child(L"Docs"), nullptr);
+    EXPECT_FALSE(Child(L"Docs").IsNull());
 }
 
 TEST_F(NavigatorTest, AParentThatCannotBeReadCountsAsNone) {
     server->Always("PROPFIND /sites/x/Docs status=403");
     ASSERT_EQ(navigator->SetFolder(At(root, L"Docs/Deep"), KeepAll), S_OK);
     ExpectPlace("sites/x/Docs/Deep", "");
+    // Until it can be read again.
+    server->ClearFaults();
+    ASSERT_EQ(navigator->SetFolder(navigator->GetFolder(), KeepAll), S_OK);
+    ExpectPlace("sites/x/Docs/Deep", "sites/x/Docs");
+}
+
+TEST_F(NavigatorTest, WhoHoldsContentsKeepsThemWhileItMovesOn) {
+    ASSERT_EQ(navigator->SetFolder(At(root, L"Docs"), KeepAll), S_OK);
+    const std::shared_ptr<const FolderContents> contents = navigator->GetContents();
+    std::size_t seen = 0;
+    EXPECT_EQ(navigator->SetFolder(Child(L"Deep"),
+                                   [&](KOV::IAFS_Name*) {
+                                       seen = navigator->GetContents()->items.size();
+                                       return true;
+                                   }),
+              S_OK);
+    EXPECT_EQ(seen, 2u) << "the old folder, until the new one is read whole";
+    EXPECT_EQ(contents->items.size(), 2u);
+    ExpectPlace("sites/x/Docs/Deep", "sites/x/Docs");
 }
 
 TEST_F(NavigatorTest, AFileLeadsToItsFolder) {
