@@ -1,23 +1,29 @@
 #include "workbench/desktop/ask.h"
 
+#include <regex>
+
 namespace {
 
-std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, std::initializer_list<const wchar_t*> buttons) {
+std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, std::vector<BoxItem> buttons) {
     Box box;
     box.icon = icon;
     box.text = text;
-    for (const wchar_t* const title : buttons) {
-        box.buttons.push_back({{}, title});
-    }
-    return questions.Ask(box).button.value_or(buttons.size() - 1);
+    box.buttons = std::move(buttons);
+    return questions.Ask(box).button.value_or(box.buttons.size() - 1);
+}
+
+/// Words without the code that stands in front of a system's own text.
+std::wstring WithoutCode(const std::wstring& why) {
+    static const std::wregex code(L"^HRESULT 0x[0-9A-Fa-f]{8}: ");
+    return std::regex_replace(why, code, L"");
 }
 
 } // namespace
 
-std::size_t Choose(Questions& questions, const std::wstring& text, std::initializer_list<const wchar_t*> buttons) {
-    return Ask(questions, BoxIcon::question, text, buttons);
+std::size_t Choose(Questions& questions, const std::wstring& text, std::vector<BoxItem> buttons) {
+    return Ask(questions, BoxIcon::question, text, std::move(buttons));
 }
 
 void TellFailure(Questions& questions, const std::wstring& what, const std::wstring& why) {
-    Ask(questions, BoxIcon::error, why.empty() ? what : what + L"\n" + why, {L"&Close"});
+    Ask(questions, BoxIcon::error, why.empty() ? what : what + L"\n" + WithoutCode(why), {{L"btn.close", L"&Close"}});
 }

@@ -112,6 +112,8 @@ DeskWindow::DeskWindow(const DeskServices& services)
 
 DeskWindow::~DeskWindow() {
     m_services.places.Keep(objectName(), *this);
+    // Documents that are still open, as when the program was ended in the middle of work, go without being shown.
+    m_tabs->disconnect(this);
     m_frame->SetActive(nullptr);
     m_actions.CutOff();
     m_core->Destroy();

@@ -173,7 +173,7 @@ void DeskWindow::ShowLogs() {
     const std::filesystem::path folder = LogFolder();
     if (!std::filesystem::exists(folder)) {
         Choose(m_services.questions, L"There are no logs: the module writes them when its preference for that is on.",
-               {L"&Close"});
+               {{L"btn.close", L"&Close"}});
         return;
     }
     QDesktopServices::openUrl(QUrl::fromLocalFile(QString::fromStdString(folder.string())));
@@ -181,5 +181,6 @@ void DeskWindow::ShowLogs() {
 
 void DeskWindow::ShowAbout() {
     Choose(m_services.questions,
-           L"<b>kov-desk " KOV_WIDE_VERSION L"</b>\nA small PDF editor that hosts the module SharePoint.kvp.", {L"&Close"});
+           L"<b>kov-desk " KOV_WIDE_VERSION L"</b>\nA small PDF editor that hosts the module SharePoint.kvp.",
+           {{L"btn.close", L"&Close"}});
 }

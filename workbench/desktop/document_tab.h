@@ -63,6 +63,8 @@ public:
     std::int64_t newest_unsaved_before = 0;
     /// The server has another version than the one that the changes began from: it isn't overwritten unasked.
     bool is_outdated = false;
+    /// The server has the file no more: there is nothing to close.
+    bool is_gone = false;
 
 signals:
     /// Title, place, modified, restrictions or work are others.

@@ -29,6 +29,7 @@ int Run(int argc, char** argv, const DeskOptions& options) {
     // The program ends when it has closed all, not when a window goes.
     QApplication::setQuitOnLastWindowClosed(false);
     DeskProgram program(application, options);
+    QObject::connect(&program.Window().Place(), &Workplace::Ended, &application, [] { QCoreApplication::exit(0); });
     program.Show();
     return QApplication::exec();
 }

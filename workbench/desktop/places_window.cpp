@@ -117,7 +117,7 @@ void PlacesWindow::SignOut() {
 void PlacesWindow::Remove() {
     const std::wstring url = ChosenUrl();
     if (Choose(m_services.questions, L"Remove the place <b>" + url + L"</b>? Its documents stay on the server.",
-               {L"&Remove", L"&Cancel"}) != 0) {
+               {{L"btn.remove", L"&Remove"}, {L"btn.cancel", L"&Cancel"}}) != 0) {
         return;
     }
     const Outcome outcome = OutcomeOf([&] { m_services.host.SavedAccounts().Remove(url); });

@@ -43,7 +43,6 @@ DeskProgram::DeskProgram(QApplication& application, const DeskOptions& options)
     m_window = std::make_unique<DeskWindow>(*m_services);
     m_frame = m_window->Handle();
     m_window->BuildLayout();
-    QObject::connect(&m_window->Place(), &Workplace::Ended, &application, [] { QCoreApplication::exit(0); });
 }
 
 DeskProgram::~DeskProgram() {
@@ -54,6 +53,7 @@ DeskProgram::~DeskProgram() {
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
     m_binds->Clear();
     m_host->Unload();
+    wininet::AbortTransfers(false);
 }
 
 void DeskProgram::Show() {

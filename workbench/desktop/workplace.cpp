@@ -7,7 +7,13 @@
 
 Workplace::Workplace(const DeskServices& services, HWND frame) : m_services(services), m_frame(frame), m_life(services.host) {}
 
-Workplace::~Workplace() = default;
+/// No worker has anything to do any more.
+Workplace::~Workplace() {
+    for (const std::unique_ptr<DocumentTab>& tab : m_tabs) {
+        tab->disconnect();
+        m_life.Closed(tab->Core());
+    }
+}
 
 /// Letter case doesn't count in an address, as it doesn't for the servers.
 DocumentTab* Workplace::Find(const QString& place) const {

@@ -99,7 +99,7 @@ private:
     void SaveToName(DocumentTab& tab, const std::shared_ptr<Bind>& bind, ComPtr<KOV::IAFS_Name> name, Then then);
     SavePlan PlanOf(DocumentTab& tab) const;
     bool FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveResult& result, const Outcome& outcome);
-    void MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, const std::shared_ptr<Bind>& bind);
+    void MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, const std::shared_ptr<Bind>& bind, const QString& old_url);
     HRESULT SaveNow(DocumentTab& tab, KOV::IKOV_ProgressMon* monitor);
     HRESULT Reload(DocumentTab& tab);
     /// Asks before a newer version is overwritten. False when it isn't to be.
@@ -111,6 +111,9 @@ private:
     void Remove(DocumentTab& tab);
     void DropUnsaved(const QString& url, std::int64_t newest_before) const;
     void LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& bind) const;
+    /// And what its saves left goes with it.
+    void LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& bind, const QString& url,
+               std::int64_t newest_unsaved_before) const;
     void CloseNext();
     void AskBusy();
     void AwaitIdle();
@@ -120,4 +123,6 @@ private:
     DocumentLife m_life;
     std::vector<std::unique_ptr<DocumentTab>> m_tabs;
     bool m_is_ending = false;
+    /// How often the end was put off for work that goes on.
+    int m_quit_waits = 0;
 };

@@ -3,6 +3,7 @@
 #include <QApplication>
 #include <QTimer>
 
+#include "platform/wininet_settings.h"
 #include "workbench/desktop/ask.h"
 #include "workbench/desktop/objects/text.h"
 #include "workbench/desktop/workplace.h"
@@ -10,6 +11,8 @@
 namespace {
 
 constexpr int idle_check_ms = 20;
+/// Half a second.
+constexpr int most_quit_waits = 25;
 
 } // namespace
 
@@ -25,7 +28,7 @@ void Workplace::Close(DocumentTab& tab, Then then) {
     emit Activated(&tab);
     enum : std::size_t { save, discard };
     switch (Choose(m_services.questions, L"<b>" + ToWide(tab.Title()) + L"</b> has changes that aren't saved.",
-                   {L"&Save", L"&Discard", L"&Cancel"})) {
+                   {{L"btn.save", L"&Save"}, {L"btn.discard", L"&Discard"}, {L"btn.cancel", L"&Cancel"}})) {
     case save:
         Save(tab, [this, &tab, then = std::move(then)](bool is_done) {
             is_done && !tab.IsModified() ? CloseFile(tab, then) : then(false);
@@ -57,7 +60,7 @@ void Workplace::CloseFile(DocumentTab& tab, Then then) {
             const bool stays =
                 !outcome.HasSucceeded() &&
                 Choose(m_services.questions, L"<b>" + ToWide(tab.Title()) + L"</b> couldn't be closed on the server." + why,
-                       {L"&Keep Open", L"&Close Anyway"}) == 0;
+                       {{L"btn.keep_open", L"&Keep Open"}, {L"btn.close_anyway", L"&Close Anyway"}}) == 0;
             if (!stays) {
                 Remove(tab);
             }
@@ -98,13 +101,7 @@ void Workplace::Remove(DocumentTab& tab) {
     // Somebody may still be in the middle of an event of it.
     found->release()->deleteLater();
     m_tabs.erase(found);
-    if (!file.IsNull()) {
-        bind->Work().Post({
-            [held = std::move(file)](KOV::IKOV_Flag*) {},
-            [this, bind, url, newest_before](const Outcome&) { DropUnsaved(url, newest_before); },
-            nullptr,
-        });
-    }
+    LetGo(std::move(file), bind, url, newest_before);
 }
 
 /// The user's word on a document that is closed holds for what its saves left, too.
@@ -118,9 +115,21 @@ void Workplace::DropUnsaved(const QString& url, std::int64_t newest_before) cons
     }
 }
 
+/// The last reference goes on the worker, where nothing else is done with the file.
 void Workplace::LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& bind) const {
     if (!file.IsNull()) {
         bind->Work().Post({[held = std::move(file)](KOV::IKOV_Flag*) {}, [bind](const Outcome&) {}, nullptr});
+    }
+}
+
+void Workplace::LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& bind, const QString& url,
+                      std::int64_t newest_unsaved_before) const {
+    if (!file.IsNull()) {
+        bind->Work().Post({
+            [held = std::move(file)](KOV::IKOV_Flag*) {},
+            [this, bind, url, newest_unsaved_before](const Outcome&) { DropUnsaved(url, newest_unsaved_before); },
+            nullptr,
+        });
     }
 }
 
@@ -129,13 +138,19 @@ void Workplace::Quit() {
         return;
     }
     m_is_ending = true;
+    m_quit_waits = 0;
     CloseNext();
 }
 
 void Workplace::CloseNext() {
     const auto waiting = std::find_if(m_tabs.begin(), m_tabs.end(), [](const auto& tab) { return tab->IsBusy(); });
     if (waiting != m_tabs.end() || !m_services.binds.AreIdle()) {
-        AskBusy();
+        // What ends by itself in a moment isn't worth a question.
+        if (++m_quit_waits > most_quit_waits) {
+            AskBusy();
+        } else {
+            QTimer::singleShot(idle_check_ms, this, &Workplace::CloseNext);
+        }
         return;
     }
     if (m_tabs.empty()) {
@@ -156,12 +171,13 @@ void Workplace::AskBusy() {
     const std::size_t answer =
         Choose(m_services.questions,
                L"The program is still at work with a server. What isn't saved then is offered when the program starts again.",
-               {L"&Wait", L"&Quit Anyway"});
+               {{L"btn.wait", L"&Wait"}, {L"btn.quit", L"&Quit Anyway"}});
     if (answer == 0) {
         m_is_ending = false;
         return;
     }
     m_services.binds.CancelAll();
+    wininet::AbortTransfers(true);
     for (const std::unique_ptr<DocumentTab>& tab : m_tabs) {
         if (tab->IsModified()) {
             tab->Pdf().KeepForLater();

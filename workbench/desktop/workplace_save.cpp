@@ -49,7 +49,9 @@ bool Workplace::MayOverwrite(DocumentTab& tab, Then& then) {
     enum : std::size_t { overwrite, elsewhere };
     switch (Choose(m_services.questions,
                    L"Somebody else has changed <b>" + ToWide(source.title) + L"</b> since your changes began from it.",
-                   {L"&Overwrite\n- the other changes will be lost", L"Save &As\u2026", L"&Cancel"})) {
+                   {{L"btn.overwrite", L"&Overwrite\n- the other changes will be lost"},
+                    {L"btn.save_as", L"Save &As\u2026"},
+                    {L"btn.cancel", L"&Cancel"}})) {
     case overwrite:
         tab.is_outdated = false;
         return true;
@@ -125,15 +127,17 @@ void Workplace::SendToSource(DocumentTab& tab, Then then) {
 /// What was sent is saved, whatever came after; a failure is told.
 bool Workplace::FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveResult& result, const Outcome& outcome) {
     if (result.is_sent) {
+        tab.is_gone = false;
         tab.Pdf().MarkSaved(plan.version, result.source);
     }
     if (outcome.HasSucceeded() || outcome.IsCanceled()) {
         return result.is_sent;
     }
     if (outcome.result == file_not_found && !result.is_sent) {
+        tab.is_gone = true;
         if (Choose(m_services.questions,
                    L"<b>" + ToWide(tab.Title()) + L"</b> isn't on the server any more, so it can't be saved there.",
-                   {L"Save &As\u2026", L"&Cancel"}) == 0) {
+                   {{L"btn.save_as", L"Save &As\u2026"}, {L"btn.cancel", L"&Cancel"}}) == 0) {
             SaveAs(tab, [](bool) {});
         }
         return false;
@@ -239,15 +243,10 @@ void Workplace::SaveAs(DocumentTab& tab, Then then) {
         then(false);
         return;
     }
-    const ComPtr<KOV::IAFS_File> old = tab.File();
-    const std::shared_ptr<Bind> old_bind = tab.Connection();
     const QString old_url = tab.Pdf().Source().url;
     const bool is_done = SaveLocal(tab, path);
     if (is_done) {
-        tab.is_outdated = false;
-        tab.SetConnection(nullptr);
-        m_life.SourceChanged(tab.Core(), nullptr);
-        LeaveFile(old, old_bind, old_url, tab.newest_unsaved_before);
+        MoveTo(tab, nullptr, nullptr, old_url);
         m_services.settings.AddRecent(path);
         emit RecentChanged();
     }
@@ -308,7 +307,7 @@ void Workplace::SaveToName(DocumentTab& tab, const std::shared_ptr<Bind>& bind, 
         [this, &tab, bind, plan, result, then = std::move(then)](const Outcome& outcome) {
             tab.EndWork();
             if (result->is_sent) {
-                MoveTo(tab, plan->file, bind);
+                MoveTo(tab, plan->file, bind, tab.Pdf().Source().url);
             } else {
                 LetGo(std::move(plan->file), bind);
             }
@@ -323,13 +322,17 @@ void Workplace::SaveToName(DocumentTab& tab, const std::shared_ptr<Bind>& bind, 
     });
 }
 
-/// The document lies in another file from now on, and the old one is left.
-void Workplace::MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, const std::shared_ptr<Bind>& bind) {
+/// The document lies in another file from now on, or in none of a server's, and the old one is left.
+void Workplace::MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, const std::shared_ptr<Bind>& bind,
+                       const QString& old_url) {
     const ComPtr<KOV::IAFS_File> old = tab.File();
     const std::shared_ptr<Bind> old_bind = tab.Connection();
-    const QString old_url = tab.Pdf().Source().url;
     tab.SetConnection(bind);
     tab.is_outdated = false;
     m_life.SourceChanged(tab.Core(), file);
-    LeaveFile(old, old_bind, old_url, tab.newest_unsaved_before);
+    if (std::exchange(tab.is_gone, false)) {
+        LetGo(old, old_bind, old_url, tab.newest_unsaved_before);
+    } else {
+        LeaveFile(old, old_bind, old_url, tab.newest_unsaved_before);
+    }
 }

@@ -37,7 +37,8 @@ protected:
 private:
     void Act(QDialog& dialog) {
         if (m_turns.empty()) {
-            ADD_FAILURE() << "unexpected window " << dialog.objectName().toStdString();
+            ADD_FAILURE() << "unexpected window " << dialog.objectName().toStdString() << ": "
+                          << dialog.accessibleDescription().toStdString();
             dialog.reject();
             return;
         }
