@@ -1,6 +1,10 @@
 // The dialog while a server is slow, refuses, or is gone, and a window that ends in the middle of it.
 
+#include <latch>
+
 #include "dialog/dialog_fixture.h"
+#include "dialog/named_folder.h"
+#include "dialog/open_save_dialog.h"
 
 namespace {
 
@@ -189,6 +193,39 @@ TEST_F(DialogTrouble, ClosedWhileACommandRunsEndsAfterItWithWhatWasChosen) {
     ExpectChosen(Open(docs), {Url("sites/x/Docs/a.pdf")});
     EXPECT_TRUE(was_hidden);
     EXPECT_TRUE(server.Exists("sites/x/Docs/Made"));
+}
+
+/// A provider that breaks its word in the middle of a deletion.
+class ThrowingFolder final : public NamedFolder {
+public:
+    HRESULT Delete(KOV::IAFS_Name*, KOV::IString*, KOV::IKOV_Flag*) override {
+        is_deleting = true;
+        may_throw.wait();
+        throw std::bad_alloc();
+    }
+
+    std::atomic<bool> is_deleting = false;
+    std::latch may_throw{1};
+};
+
+TEST_F(DialogTrouble, EndsAfterItWasClosedEvenWhenTheWorkerThrows) {
+    const ComPtr<ThrowingFolder> folder = MakeObject<ThrowingFolder>();
+    folder->items = {MakeObject<NamedItemInfo>(ItemFacts{.title = L"a.pdf"})};
+    Answer(0);
+    person.Then([] { ShownDialog::Click(L"a.pdf"); });
+    person.When([] { return ShownDialog::IsEnabled("sp.cmd.delete"); }, [] { ShownDialog::Use("sp.cmd.delete"); });
+    person.When([&] { return folder->is_deleting.load(); },
+                [&] {
+                    ShownDialog::Press("btn.cancel");
+                    EXPECT_TRUE(IsHidden());
+                    folder->may_throw.count_down();
+                });
+    Ui::OpenSaveDialog dialog(Module().host, folder);
+    Ui::DialogParameters wishes;
+    wishes.InitialPathName = folder->folder->m_name;
+    ComPtr<KOV::IAFS_NamesCollection> names;
+    EXPECT_EQ(dialog.ShowOpenSinglePlace(&names, wishes, folder->folder->m_name, nullptr, g_default_preferences), E_CANCELED);
+    EXPECT_THAT(desktop.windows.progress->Lines(), testing::Contains(L"stop"));
 }
 
 } // namespace

@@ -80,6 +80,23 @@ TEST_F(FolderCommands, AsksForANameUntilItWillDo) {
     EXPECT_THAT(Progress(), IsEmpty());
 }
 
+TEST_F(FolderCommands, DoNothingWhenTheyAreUsedAsTheDialogLeavesTheFolder) {
+    person.Then([] { ShownDialog::Click(L"a.pdf"); });
+    person.When([] { return CanUse("sp.cmd.delete"); },
+                [] {
+                    ShownDialog::DoubleClick(L"Deep");
+                    // Before the host has asked for their states again.
+                    for (const char* const command : {"sp.cmd.delete", "sp.cmd.createFolder", "sp.cmd.folder.up"}) {
+                        EXPECT_TRUE(ShownDialog::IsEnabled(command));
+                        ShownDialog::Use(command);
+                    }
+                });
+    person.When([&] { return ShownDialog::IsIdle() && ShownDialog::Address() == Url("sites/x/Docs/Deep"); },
+                [] { ShownDialog::Press("btn.cancel"); });
+    ExpectCanceled(Open(docs));
+    EXPECT_THAT(BoxTexts(), IsEmpty());
+}
+
 TEST_F(FolderCommands, TellsInWordsWhyNoFolderWasMade) {
     server.Always("MKCOL * status=507");
     Answer(yes, L"Refused");
