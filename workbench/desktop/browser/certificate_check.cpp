@@ -2,7 +2,8 @@
 
 #include <memory>
 
-#include <QHostAddress>
+#include <arpa/inet.h>
+
 #include <QUrl>
 
 #include <openssl/x509.h>
@@ -30,11 +31,16 @@ Certificate ReadCertificate(const QByteArray& der) {
     return Certificate(d2i_X509(nullptr, &bytes, static_cast<long>(der.size())));
 }
 
+bool IsAddress(const QByteArray& text) {
+    in6_addr parsed{};
+    return inet_pton(AF_INET, text.constData(), &parsed) == 1 || inet_pton(AF_INET6, text.constData(), &parsed) == 1;
+}
+
 bool SetHost(X509_VERIFY_PARAM* parameters, const QString& host) {
-    QString address = host;
-    address.remove(QLatin1Char('[')).remove(QLatin1Char(']'));
-    if (!QHostAddress(address).isNull()) {
-        return X509_VERIFY_PARAM_set1_ip_asc(parameters, address.toLatin1().constData()) == 1;
+    QByteArray address = host.toLatin1();
+    address.replace('[', "").replace(']', "");
+    if (IsAddress(address)) {
+        return X509_VERIFY_PARAM_set1_ip_asc(parameters, address.constData()) == 1;
     }
     const QByteArray name = QUrl::toAce(host);
     return !name.isEmpty() &&
