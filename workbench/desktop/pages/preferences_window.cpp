@@ -89,7 +89,12 @@ PreferencesWindow::PreferencesWindow(const Surroundings& surroundings, const Win
     });
     connect(buttons, &QDialogButtonBox::rejected, this, &QDialog::reject);
     connect(apply, &QPushButton::clicked, this, [this] { (void)Apply(); });
-    connect(m_list, &QListWidget::currentRowChanged, this, [this](int row) { ShowPage(row); });
+    // What is selected and not what is current: a screen reader selects without moving there.
+    connect(m_list, &QListWidget::itemSelectionChanged, this, [this] {
+        if (const QList<QListWidgetItem*> selected = m_list->selectedItems(); !selected.isEmpty()) {
+            ShowPage(m_list->row(selected.first()));
+        }
+    });
 
     auto* const page = new QVBoxLayout;
     page->setSpacing(gap);
