@@ -14,7 +14,7 @@ std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, st
 
 /// Words without the code that stands in front of a system's own text.
 std::wstring WithoutCode(const std::wstring& why) {
-    static const std::wregex code(L"^HRESULT 0x[0-9A-Fa-f]{8}: ");
+    static const std::wregex code(L"^(HRESULT 0x[0-9A-Fa-f]{8}|System error code [0-9]+): ");
     return std::regex_replace(why, code, L"");
 }
 

@@ -14,6 +14,7 @@
 #include "host/flag.h"
 #include "host/object_bases.h"
 #include "host/progress.h"
+#include "platform/errors.h"
 #include "workbench/core/errors.h"
 #include "workbench/core/failure.h"
 #include "workbench/core/main_loop.h"
@@ -25,7 +26,10 @@ struct Outcome {
     std::wstring message;
 
     bool HasSucceeded() const noexcept { return SUCCEEDED(result); }
-    bool IsCanceled() const noexcept { return IsCanceledResult(result); }
+    /// Also when the program ended its transfers.
+    bool IsCanceled() const noexcept {
+        return IsCanceledResult(result) || result == HRESULT_FROM_WIN32(ERROR_INTERNET_OPERATION_CANCELLED);
+    }
 };
 
 /// Runs `work`; what it throws becomes the outcome.
