@@ -80,6 +80,8 @@ constexpr Message system_messages[] = {
     {0x80004005, L"Unspecified error."},
     {0x8000FFFF, L"Unexpected failure."},
     {0x8002000B, L"The index is invalid."},
+    {0x80040154, L"The class is not registered."},
+    {0x800401F0, L"Objects can't be made on this thread yet."},
     {0x803D0020, L"The URL is not valid."},
     {0x821704C7, L"The operation was canceled."},
 };
