@@ -1,9 +1,15 @@
 """Finds and uses the parts of a running program by their accessible names and roles, as a screen reader does."""
 import time
 
+import gi
+gi.require_version('Atspi', '2.0')
+from gi.repository import Atspi, GLib
 import pyatspi
 
-PATIENCE = 60.0
+# A press that opens a window is answered when that window has closed: nobody waits for that.
+Atspi.set_timeout(700, 15000)
+
+PATIENCE = 20.0
 # A list of a hundred thousand rows has half a million children: they are never walked.
 MOST_CHILDREN = 400
 
@@ -91,7 +97,10 @@ class Part:
         wait_for(f'{role or "a part"} named {name!r} to go from {self}', lambda: not self.all(role, name))
 
     def press(self):
-        self.node.queryAction().doAction(0)
+        try:
+            self.node.queryAction().doAction(0)
+        except GLib.GError:
+            pass  # what it brought about is looked for next
 
     def type(self, text):
         self.node.queryEditableText().setTextContents(text)
