@@ -2,6 +2,24 @@
 
 #include "workbench/desktop/commands/command_actions.h"
 
+namespace {
+
+/// The item of a menu that follows its command but has no icon: in a bar the icon would stand in the title's place.
+QAction* TitleOf(QAction& command, QMenu& menu) {
+    QAction* const title = menu.menuAction();
+    const auto follow = [&command, title] {
+        title->setObjectName(command.objectName());
+        title->setText(command.text());
+        title->setEnabled(command.isEnabled());
+        title->setVisible(command.isVisible());
+    };
+    follow();
+    QObject::connect(&command, &QAction::changed, title, follow);
+    return title;
+}
+
+} // namespace
+
 FrameMenuBar::FrameMenuBar(QMenuBar& bar, CommandCollection& commands, CommandActions& actions, KOV::IUIX_Obj* frame,
                            DWORD bar_id)
     : m_bar(bar), m_commands(&commands), m_actions(actions), m_frame(frame), m_bar_id(bar_id) {
@@ -26,13 +44,12 @@ void FrameMenuBar::RemoveInsertions() {
 }
 
 void FrameMenuBar::Remove(DWORD command_id) {
-    if (!m_insertions.contains(command_id)) {
+    const auto found = m_insertions.find(command_id);
+    if (found == m_insertions.end()) {
         return;
     }
-    QAction* const action = m_actions.ActionOf(command_id);
-    m_bar.removeAction(action);
-    action->setMenu(static_cast<QMenu*>(nullptr));
-    m_insertions.erase(command_id);
+    m_bar.removeAction(found->second != nullptr ? found->second->menuAction() : m_actions.ActionOf(command_id));
+    m_insertions.erase(found);
 }
 
 bool FrameMenuBar::MenuItemInserted(const MenuInsertion& insertion) {
@@ -46,12 +63,12 @@ bool FrameMenuBar::MenuItemInserted(const MenuInsertion& insertion) {
     }
     const DWORD id = insertion.entry.command_id;
     Remove(id); // a second one of the same command replaces the first
-    QAction* const action = m_actions.ActionOf(id);
+    QAction* item = m_actions.ActionOf(id);
     CommandMenu::Owner& menu = m_insertions[id];
     if (!insertion.entry.menu.IsNull()) {
         menu = CommandMenu::Make(insertion.entry.menu, m_actions, m_bar);
-        action->setMenu(menu.get());
+        item = TitleOf(*item, *menu);
     }
-    m_bar.insertAction(before->second->menuAction(), action);
+    m_bar.insertAction(before->second->menuAction(), item);
     return true;
 }

@@ -57,7 +57,11 @@ protected:
         const DWORD path[] = {IdOf(bar_name), 0, IdOf(before)};
         return commands->InsertItemAt(frame != nullptr ? frame : owner.Get(), path, 3, CommandOf(L"sp.cmd.share_point"), menu);
     }
-    QMenu* Inserted() { return actions->ActionOf(IdOf(L"sp.cmd.share_point"))->menu<QMenu*>(); }
+    QMenu* Inserted() {
+        const QList<QAction*> items = window.menuBar()->actions();
+        const auto found = std::find_if(items.begin(), items.end(), [](QAction* item) { return item->text() == "Share&Point"; });
+        return found == items.end() ? nullptr : (*found)->menu<QMenu*>();
+    }
 
     FrameMenuBar bar{*window.menuBar(), *commands, *actions, owner, IdOf(L"cmdbar.menubar")};
 };
