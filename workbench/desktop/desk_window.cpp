@@ -39,6 +39,7 @@ QLabel* MakeStatusLabel(const char* name, const QString& what, QWidget* parent) 
     label->setObjectName(name);
     label->setTextFormat(Qt::PlainText);
     label->setAccessibleDescription(what);
+    label->setContentsMargins(6, 0, 6, 0);
     return label;
 }
 
