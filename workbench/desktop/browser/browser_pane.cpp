@@ -40,6 +40,12 @@ BrowserPane::BrowserPane(QWidget* parent, MakeView make_view)
 
 BrowserPane::~BrowserPane() = default;
 
+void BrowserPane::Prepare(const QUrl& url) {
+    if (IsOpenable(url)) {
+        MakeViewOnce();
+    }
+}
+
 void BrowserPane::Open(const QUrl& url) {
     ShowAddress(url);
     if (!IsOpenable(url)) {

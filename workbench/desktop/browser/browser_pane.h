@@ -23,10 +23,13 @@ class BrowserPane final : public QWidget {
 public:
     using MakeView = std::function<LoadedWebView(WebViewListener listener, QWidget* parent)>;
 
-    /// The view is made when the first page is opened.
+    /// The view is made with the first page.
     BrowserPane(QWidget* parent, MakeView make_view);
     ~BrowserPane() override;
 
+    /// Makes the view for the page, which is opened later. Before the window is shown, or the window is made anew in its middle:
+    /// a view draws in another way than all else, and the window would lose its place and its modality.
+    void Prepare(const QUrl& url);
     void Open(const QUrl& url);
 
 signals:

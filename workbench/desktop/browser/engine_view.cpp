@@ -2,6 +2,7 @@
 
 #include <QLocale>
 #include <QPointer>
+#include <QQuickWidget>
 #include <QWebEngineDownloadRequest>
 #include <QWebEngineLoadingInfo>
 #include <QWebEngineProfile>
@@ -57,6 +58,9 @@ EngineView::EngineView(WebViewListener listener, QWidget* parent)
         m_cookies.SetPage(url);
         m_listener.moved(url);
     });
+    // The view makes the part that draws with its first page, when the window is shown already: this one, of the same kind and
+    // never shown, makes the window one for such parts from the beginning.
+    new QQuickWidget(m_view); // its parent owns it
     m_view->setContextMenuPolicy(Qt::NoContextMenu);
     m_view->setPage(&m_page);
 }

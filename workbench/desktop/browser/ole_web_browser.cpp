@@ -75,6 +75,7 @@ HRESULT OleWebBrowser::Navigate2(VARIANT* url, VARIANT*, VARIANT*, VARIANT*, VAR
         return E_UNEXPECTED;
     }
     const QString text = QString::fromWCharArray(url->bstrVal, SysStringLen(url->bstrVal));
+    m_pane->Prepare(QUrl(text));
     QMetaObject::invokeMethod(
         m_pane, [pane = m_pane.data(), text] { pane->Open(QUrl(text)); }, Qt::QueuedConnection);
     return S_OK;
