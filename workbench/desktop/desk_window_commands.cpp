@@ -1,7 +1,6 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QFileDialog>
-#include <QInputDialog>
 #include <QUrl>
 
 #include "platform/text.h"
@@ -13,6 +12,7 @@
 #include "workbench/desktop/pages/appearance_page.h"
 #include "workbench/desktop/pages/preferences_window.h"
 #include "workbench/desktop/places_window.h"
+#include "workbench/desktop/text_dialog.h"
 #include "workbench/desktop/theme/icons.h"
 
 namespace {
@@ -104,14 +104,10 @@ void DeskWindow::OpenFiles() {
 }
 
 void DeskWindow::OpenAddress() {
-    QInputDialog dialog(this);
-    dialog.setObjectName("dlg.address");
-    dialog.setWindowTitle(tr("Open from an Address"));
-    dialog.setLabelText(tr("&Address of the document:"));
-    dialog.setOkButtonText(tr("&Open"));
-    dialog.resize(520, dialog.height());
-    if (dialog.exec() == QDialog::Accepted && !dialog.textValue().trimmed().isEmpty()) {
-        m_workplace.Open(dialog.textValue().trimmed());
+    TextDialog dialog("dlg.address", tr("Open from an Address"), tr("&Address of the document:"), tr("&Open"),
+                      TextDialog::Lines::one, this);
+    if (const std::optional<QString> address = dialog.Ask()) {
+        m_workplace.Open(*address);
     }
 }
 
@@ -130,14 +126,9 @@ void DeskWindow::Edit(const std::function<void(PdfDocument&)>& change) {
 }
 
 void DeskWindow::AddNoteToPage() {
-    QInputDialog dialog(this);
-    dialog.setObjectName("dlg.note");
-    dialog.setWindowTitle(tr("Add Note"));
-    dialog.setLabelText(tr("&Note on this page:"));
-    dialog.setOption(QInputDialog::UsePlainTextEditForTextInput);
-    dialog.setOkButtonText(tr("&Add"));
-    if (dialog.exec() == QDialog::Accepted && !dialog.textValue().isEmpty()) {
-        ChangePage([&](int page) { return AddNote{page, dialog.textValue().toStdString(), UserName()}; });
+    TextDialog dialog("dlg.note", tr("Add Note"), tr("&Note on this page:"), tr("A&dd"), TextDialog::Lines::several, this);
+    if (const std::optional<QString> text = dialog.Ask()) {
+        ChangePage([&](int page) { return AddNote{page, text->toStdString(), UserName()}; });
     }
 }
 

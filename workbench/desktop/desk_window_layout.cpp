@@ -1,7 +1,7 @@
 #include <QActionGroup>
 #include <QApplication>
 #include <QMenuBar>
-#include <QToolButton>
+#include <QPushButton>
 
 #include "workbench/core/location.h"
 #include "workbench/desktop/commands/command_tool_bar.h"
@@ -48,10 +48,9 @@ void DeskWindow::BuildRibbon() {
             panel.InsertCommand(ActionOf(name), -1);
         }
     };
-    auto* const file = new QToolButton(bar);
+    auto* const file = new QPushButton(tr("&File"), bar);
     file->setObjectName("ribbon.file");
-    file->setText(tr("&File"));
-    file->setPopupMode(QToolButton::InstantPopup);
+    file->setFlat(true);
     file->setMenu(new QMenu(file));
     FillFileMenu(*file->menu());
     bar->setCornerWidget(file, Qt::TopLeftCorner);

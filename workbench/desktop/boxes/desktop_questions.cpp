@@ -11,7 +11,10 @@ namespace {
 template <class Dialog, class Answer>
 Answer AnswerOf(Dialog* dialog, Answer otherwise) {
     const QPointer<Dialog> shown = dialog;
-    dialog->exec();
+    {
+        const OpenQuestion open;
+        dialog->exec();
+    }
     if (shown.isNull()) {
         return otherwise;
     }

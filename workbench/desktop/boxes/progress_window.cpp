@@ -103,12 +103,18 @@ void ProgressView::Update() {
     if (m_since_start.elapsed() < patience_ms) {
         return;
     }
-    const bool is_new = m_window.isNull();
-    if (is_new) {
+    // Work that waits for an answer isn't shown as work, and nothing stands before the question.
+    if (IsQuestionOpen()) {
+        if (!m_window.isNull()) {
+            m_window->hide();
+        }
+        return;
+    }
+    if (m_window.isNull()) {
         m_window = new ProgressWindow(m_progress, FrontWindow(m_main_window));
     }
     m_window->Update(static_cast<double>(m_since_start.elapsed()) / 1000);
-    if (is_new) {
+    if (!m_window->isVisible()) {
         m_window->show();
         m_window->raise();
     }

@@ -44,6 +44,18 @@ struct Progress : testing::Test {
     QWidget main_window;
 };
 
+TEST_F(Progress, StepsBackWhileAPersonIsAsked) {
+    const ComPtr<ProgressMonitor> monitor = NewMonitor();
+    monitor->Start();
+    QDialog& window = TheWindow();
+    {
+        const OpenQuestion question;
+        Until([&] { return !window.isVisible(); });
+    }
+    Until([&] { return window.isVisible(); });
+    monitor->Stop();
+}
+
 TEST_F(Progress, ShowsWhatItIsToldAfterAWhileAndGoesAtTheEnd) {
     const ComPtr<ProgressMonitor> monitor = NewMonitor();
     monitor->put_Title(L"Deleting");
