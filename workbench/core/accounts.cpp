@@ -113,6 +113,25 @@ void Accounts::Update(std::int64_t id, KOV::IAFS_AccountData* data) {
     transaction.Commit();
 }
 
+void Accounts::ForgetSignIn(const std::wstring& url) {
+    Store::Transaction transaction(*m_store);
+    Store::Query query(*m_store, "SELECT cab FROM account WHERE url=?1");
+    if (query.Bind(1, url).Step()) {
+        const auto cab = MakeCab(MakeStoredCabStorage(m_store), query.Integer(0));
+        // Where the provider keeps its secrets; one that it doesn't find is one that it asks for.
+        for (const wchar_t* const secret : {L"AuthHeader", L"Password"}) {
+            Variant key;
+            key.vt = VT_BSTR;
+            key.bstrVal = Bstr(std::wstring_view(secret)).Detach();
+            ComPtr<KOV::IAUX_CabItem> item;
+            if (SUCCEEDED(cab->GetItem(&key, &item))) {
+                Check(item->put_String(L""), "An account can't be changed");
+            }
+        }
+    }
+    transaction.Commit();
+}
+
 bool Accounts::Remove(const std::wstring& url) {
     Store::Transaction transaction(*m_store);
     std::vector<std::int64_t> cabs;

@@ -31,6 +31,8 @@ public:
     std::int64_t Save(KOV::IAFS_AccountData* data);
     /// Saves it at its old place again, as after each bind, even when its URL became another.
     void Update(std::int64_t id, KOV::IAFS_AccountData* data);
+    /// Forgets what signs in to the place: password and cookies. The place and its user's name stay. Nothing happens without one.
+    void ForgetSignIn(const std::wstring& url);
     /// False when there is none with this URL.
     bool Remove(const std::wstring& url);
 

@@ -106,8 +106,11 @@ void PlacesWindow::SignOut() {
             });
         },
         m_services.NewMonitor(L"Signing out of <b>" + url + L"</b>\u2026"));
-    if (!outcome.HasSucceeded() && !outcome.IsCanceled()) {
-        TellFailure(m_services.questions, L"<b>" + url + L"</b> wasn't signed out of.", outcome.message);
+    // Whatever the servers say to it, nothing here signs in by itself any more.
+    const Outcome forgotten = OutcomeOf([&] { m_services.host.SavedAccounts().ForgetSignIn(url); });
+    const Outcome& failed = forgotten.HasSucceeded() ? outcome : forgotten;
+    if (!failed.HasSucceeded() && !failed.IsCanceled()) {
+        TellFailure(m_services.questions, L"Signing out of <b>" + url + L"</b> didn't come to its end.", failed.message);
     }
     // Whoever comes back signs in anew.
     m_services.binds.Forget(url);
