@@ -118,9 +118,12 @@ std::shared_ptr<Session> Session::Create(AccountData& io_account_data, Plugin* p
             credentials = account;
         }
     };
-    http.forms_callback = [kov_inst = plugin->m_kov_inst](const wchar_t* site, const wchar_t* sign_in_url,
-                                                          const wchar_t* return_url) {
-        return SignInOnPages(kov_inst, site, sign_in_url, return_url);
+    // Not the host itself: it holds the local copies, and these hold the session.
+    http.forms_callback = [file_system = self->m_file_system](const wchar_t* site, const wchar_t* sign_in_url,
+                                                              const wchar_t* return_url) {
+        const ComPtr<Plugin> current_plugin = file_system->m_plugin;
+        CHECK_OR_THROW(!current_plugin.IsNull(), HResultException(E_UNEXPECTED));
+        return SignInOnPages(current_plugin->m_kov_inst, site, sign_in_url, return_url);
     };
 
     const HRESULT result = self->BindWeb(io_account_data.GetUrl());
