@@ -38,8 +38,9 @@ PageView::PageView(PdfDocument& document, QWidget* parent)
 }
 
 PageView::~PageView() {
-    // Its thread may draw a page of the document still.
+    // Its thread may draw a page of the document still, and it lets go of the thread only at a change of mode.
     m_renderer.setDocument(nullptr);
+    m_renderer.setRenderMode(QPdfPageRenderer::RenderMode::SingleThreaded);
 }
 
 int PageView::CurrentPage() const {
