@@ -99,12 +99,17 @@ ProgressView::ProgressView(std::shared_ptr<SharedProgress> progress, MainWindow 
 
 ProgressView::~ProgressView() { delete m_window; }
 
+bool ProgressView::IsPersonAsked() const {
+    const HWND modal = TopModalWindow();
+    return IsQuestionOpen() || (modal != nullptr && modal != m_modal_at_start);
+}
+
 void ProgressView::Update() {
     if (m_since_start.elapsed() < patience_ms) {
         return;
     }
     // Work that waits for an answer isn't shown as work, and nothing stands before the question.
-    if (IsQuestionOpen()) {
+    if (IsPersonAsked()) {
         if (!m_window.isNull()) {
             m_window->hide();
         }

@@ -12,6 +12,7 @@
 #include "workbench/desktop/boxes/front_window.h"
 #include "workbench/desktop/boxes/progress_state.h"
 #include "workbench/desktop/boxes/transfer_text.h"
+#include "workbench/desktop/objects/window_core.h"
 
 class MessageText;
 class QLabel;
@@ -51,9 +52,13 @@ public:
 
 private:
     void Update();
+    /// Also a window of the module that came up since the start, such as a sign-in.
+    bool IsPersonAsked() const;
 
     const std::shared_ptr<SharedProgress> m_progress;
     const MainWindow m_main_window;
+    /// The one from which the work was started; may be null.
+    const HWND m_modal_at_start = TopModalWindow();
     QElapsedTimer m_since_start;
     QTimer m_timer;
     /// Goes with its parent when that goes first.

@@ -11,9 +11,10 @@
 #include <gtest/gtest.h>
 
 #include "workbench/desktop/boxes/message_text.h"
-#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/boxes/transfer_text.h"
+#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/objects/message_pump.h"
+#include "workbench/desktop/objects/window_core.h"
 
 namespace {
 
@@ -54,6 +55,24 @@ TEST_F(Progress, StepsBackWhileAPersonIsAsked) {
     }
     Until([&] { return window.isVisible(); });
     monitor->Stop();
+}
+
+TEST_F(Progress, StepsBackForAWindowThatCameUpMeanwhileAndNotForTheOneItBeganIn) {
+    QWidget windows[2];
+    const auto dialog = WindowCore::Create(&windows[0], {});
+    const auto sign_in = WindowCore::Create(&windows[1], {});
+    const ModalScope below(dialog->Handle());
+    const ComPtr<ProgressMonitor> monitor = NewMonitor();
+    monitor->Start();
+    QDialog& window = TheWindow();
+    {
+        const ModalScope above(sign_in->Handle());
+        Until([&] { return !window.isVisible(); });
+    }
+    Until([&] { return window.isVisible(); });
+    monitor->Stop();
+    dialog->Destroy();
+    sign_in->Destroy();
 }
 
 TEST_F(Progress, ShowsWhatItIsToldAfterAWhileAndGoesAtTheEnd) {
