@@ -143,7 +143,11 @@ RecoveryWindow::RecoveryWindow(const DeskServices& services, Workplace& workplac
         AddRow(one);
     }
     m_list->setCurrentItem(m_list->topLevelItem(0));
-    m_list->header()->resizeSections(QHeaderView::ResizeToContents);
+    // All is seen whole but the place, which gives way in its middle.
+    m_list->header()->setStretchLastSection(false);
+    m_list->header()->setSectionResizeMode(QHeaderView::ResizeToContents);
+    m_list->header()->setSectionResizeMode(place_column, QHeaderView::Stretch);
+    m_list->setTextElideMode(Qt::ElideMiddle);
     resize(820, 320);
     m_services.places.Restore(objectName(), *this);
 }
@@ -164,6 +168,7 @@ void RecoveryWindow::AddRow(const LeftDocument& left) {
         m_list, {left.copy.source.title, ShownPlace(left.copy.source),
                  QLocale().toString(left.copy.state.changed.toLocalTime(), QLocale::ShortFormat),
                  left.upload && !left.upload->is_complete ? tr("%1, may be cut short").arg(size) : size, QString()});
+    row->setToolTip(place_column, PlainTip(ShownPlace(left.copy.source)));
     m_left.emplace(row, left);
     if (!left.copy.source.url.isEmpty()) {
         AskServer(left, *row);
