@@ -83,21 +83,32 @@ void Binds::Forget(const std::wstring& url) {
     m_binds.erase(first, m_binds.end());
 }
 
+/// Those that are given out, and those that somebody uses still.
+std::vector<std::shared_ptr<Bind>> Binds::All() const {
+    std::vector<std::shared_ptr<Bind>> all = m_binds;
+    for (const std::weak_ptr<Bind>& forgotten : m_forgotten) {
+        if (std::shared_ptr<Bind> bind = forgotten.lock()) {
+            all.push_back(std::move(bind));
+        }
+    }
+    return all;
+}
+
 bool Binds::AreIdle() const {
-    const auto is_idle = [](const std::shared_ptr<Bind>& bind) { return bind == nullptr || bind->Work().IsIdle(); };
-    return std::all_of(m_binds.begin(), m_binds.end(), is_idle) &&
-           std::all_of(m_forgotten.begin(), m_forgotten.end(),
-                       [&](const std::weak_ptr<Bind>& bind) { return is_idle(bind.lock()); });
+    const std::vector<std::shared_ptr<Bind>> all = All();
+    return std::all_of(all.begin(), all.end(), [](const std::shared_ptr<Bind>& bind) { return bind->Work().IsIdle(); });
 }
 
 void Binds::CancelAll() {
-    for (const std::shared_ptr<Bind>& bind : m_binds) {
+    for (const std::shared_ptr<Bind>& bind : All()) {
         bind->Work().Cancel();
     }
-    for (const std::weak_ptr<Bind>& forgotten : m_forgotten) {
-        if (const std::shared_ptr<Bind> bind = forgotten.lock()) {
-            bind->Work().Cancel();
-        }
+}
+
+void Binds::End() {
+    CancelAll();
+    for (const std::shared_ptr<Bind>& bind : All()) {
+        bind->Work().End();
     }
 }
 

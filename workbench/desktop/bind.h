@@ -46,11 +46,14 @@ public:
 
     bool AreIdle() const;
     void CancelAll();
-    /// Releases all. Every worker is idle, and nobody uses one from now on.
+    /// Ends every worker, with what it is in the middle of: nothing more is done. The main thread isn't waited for any more.
+    void End();
+    /// Releases all. Every worker is idle or has ended, and nobody uses one from now on.
     void Clear();
 
 private:
     std::shared_ptr<Bind> Find(const std::wstring& url, bool is_idle);
+    std::vector<std::shared_ptr<Bind>> All() const;
     void DropUnbound();
 
     MainLoop& m_loop;

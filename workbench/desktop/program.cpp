@@ -48,6 +48,10 @@ DeskProgram::DeskProgram(QApplication& application, const DeskOptions& options)
 DeskProgram::~DeskProgram() {
     m_frame = nullptr;
     m_gallery.reset();
+    // Workers that wait for this thread would be waited for by it.
+    m_loop.RefuseCalls(true);
+    wininet::AbortTransfers(true);
+    m_binds->End();
     m_window.reset();
     // Closed documents wait for the loop to be deleted.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);

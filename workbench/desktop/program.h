@@ -34,7 +34,7 @@ class DeskProgram final : private HostWindows {
 public:
     /// Loads the module and makes the window. Throws HostException.
     DeskProgram(QApplication& application, const DeskOptions& options);
-    /// Ends what is left: nothing is open and no worker has anything to do.
+    /// Ends what is left. When something is open still or under way, unsaved changes are offered at the next start.
     ~DeskProgram() override;
 
     DeskWindow& Window() noexcept { return *m_window; }

@@ -38,6 +38,8 @@ std::wstring TitleOf(const ServerAccess& access, KOV::IAFS_Name* name) {
 
 } // namespace
 
+bool IsOtherState(const std::optional<Stamp>& now, const std::optional<Stamp>& began_from) { return !now || now != began_from; }
+
 CopySource SourceOf(const ServerAccess& access, KOV::IAFS_File* file) {
     ComPtr<KOV::IAFS_Name> name;
     Check(file->get_Name(&name));

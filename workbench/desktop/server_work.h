@@ -4,6 +4,7 @@
 
 #include <filesystem>
 #include <memory>
+#include <optional>
 
 #include "workbench/core/server_files.h"
 #include "workbench/desktop/boxes/progress_monitor.h"
@@ -35,6 +36,9 @@ void ReopenForWriting(const ServerAccess& access, KOV::IAFS_File* file);
 /// Sends the bytes of `content` and runs the step after a save. `result` says how far it came even when it throws.
 void SendToServer(const ServerAccess& access, KOV::IAFS_File* file, const std::filesystem::path& content,
                   ProgressMonitor* monitor, SaveResult& result);
+
+/// Is `now` another state than the one that changes began from? One that isn't known counts as another.
+bool IsOtherState(const std::optional<Stamp>& now, const std::optional<Stamp>& began_from);
 
 /// The place of an open file as the provider spells it, its title, and its state as it is known.
 CopySource SourceOf(const ServerAccess& access, KOV::IAFS_File* file);

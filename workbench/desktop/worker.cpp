@@ -7,20 +7,22 @@
 #include <QEventLoop>
 
 #include "platform/text.h"
+#include "workbench/core/value_objects.h"
 
 namespace {
 
 class CancelFlag final : public cCoClassDispatchT<KOV::IKOV_Flag> {
 public:
-    explicit CancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor) : m_monitor(std::move(monitor)) {}
+    CancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor, ComPtr<KOV::IKOV_Flag> above)
+        : m_monitor(std::move(monitor)), m_above(std::move(above)) {}
 
     HRESULT get_Value(VARIANT_BOOL* out_value) override {
         if (out_value == nullptr) {
             return E_POINTER;
         }
         VARIANT_BOOL is_canceled = VARIANT_FALSE;
-        if (!m_is_set && !m_monitor.IsNull() && SUCCEEDED(m_monitor->get_Canceled(&is_canceled)) &&
-            is_canceled != VARIANT_FALSE) {
+        if (!m_is_set && (IsSet(m_above) || (!m_monitor.IsNull() && SUCCEEDED(m_monitor->get_Canceled(&is_canceled)) &&
+                                             is_canceled != VARIANT_FALSE))) {
             m_is_set = true;
         }
         *out_value = m_is_set ? VARIANT_TRUE : VARIANT_FALSE;
@@ -33,13 +35,14 @@ public:
 
 private:
     const ComPtr<KOV::IKOV_ProgressMon> m_monitor;
+    const ComPtr<KOV::IKOV_Flag> m_above;
     std::atomic<bool> m_is_set{false};
 };
 
 } // namespace
 
-ComPtr<KOV::IKOV_Flag> MakeCancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor) {
-    return MakeObject<CancelFlag>(std::move(monitor));
+ComPtr<KOV::IKOV_Flag> MakeCancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor, ComPtr<KOV::IKOV_Flag> above) {
+    return MakeObject<CancelFlag>(std::move(monitor), std::move(above));
 }
 
 Outcome OutcomeOf(const std::function<void()>& work) noexcept {
@@ -57,7 +60,9 @@ Outcome OutcomeOf(const std::function<void()>& work) noexcept {
 
 Worker::Worker(MainLoop& loop) : m_loop(loop), m_thread([this] { Run(); }) {}
 
-Worker::~Worker() {
+Worker::~Worker() { End(); }
+
+void Worker::End() {
     std::deque<Queued> dropped;
     {
         const std::scoped_lock hold(m_lock);
@@ -65,15 +70,25 @@ Worker::~Worker() {
         dropped.swap(m_queue);
         m_changed.notify_all();
     }
-    m_thread.join();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
 }
 
 void Worker::Post(Job job) {
     ComPtr<KOV::IKOV_Flag> flag = MakeCancelFlag(job.monitor);
-    ++*m_pending;
     const std::scoped_lock hold(m_lock);
+    if (m_is_ending) {
+        return;
+    }
+    ++*m_pending;
     m_queue.push_back({std::move(job), std::move(flag)});
     m_changed.notify_all();
+}
+
+ComPtr<KOV::IKOV_Flag> Worker::RunningFlag() const {
+    const std::scoped_lock hold(m_lock);
+    return m_running;
 }
 
 void Worker::Cancel() {
@@ -118,10 +133,10 @@ void Worker::RunJob(Queued& queued) {
         const std::scoped_lock hold(m_lock);
         m_running = nullptr;
     }
-    m_loop.Post([done = std::move(job.done), outcome = std::move(outcome), pending = m_pending] {
+    m_loop.Post([job = std::move(job), outcome = std::move(outcome), pending = m_pending] {
         --*pending;
-        if (done) {
-            done(outcome);
+        if (job.IsHeard()) {
+            job.done(outcome);
         }
     });
 }

@@ -8,8 +8,11 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <thread>
+
+#include <QPointer>
 
 #include "host/flag.h"
 #include "host/object_bases.h"
@@ -43,17 +46,21 @@ struct Job {
     std::function<void(const Outcome& outcome)> done;
     /// Is started before the work and stopped after it; its Cancel is seen as the flag. May be null.
     ComPtr<KOV::IKOV_ProgressMon> monitor;
+    /// Whose `done` is: it isn't called once that has gone, as at the program's end. Nothing for one that needs nobody.
+    std::optional<QPointer<const QObject>> owner = std::nullopt;
+
+    bool IsHeard() const { return done && !(owner && owner->isNull()); }
 };
 
-/// A flag that is set by its owner, or by the person who presses Cancel of `monitor`, which may be null.
-ComPtr<KOV::IKOV_Flag> MakeCancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor);
+/// A flag that is set by its owner, by the person who presses Cancel of `monitor`, and with `above`: the flag of the work that
+/// this is a part of. Both may be null.
+ComPtr<KOV::IKOV_Flag> MakeCancelFlag(ComPtr<KOV::IKOV_ProgressMon> monitor, ComPtr<KOV::IKOV_Flag> above = nullptr);
 
 /// A thread with a queue. Post, ask and cancel: any thread.
 class Worker {
 public:
     /// `loop` outlives the worker.
     explicit Worker(MainLoop& loop);
-    /// Drops what hasn't begun, and waits for the end of what has: by then it needs the main thread no more.
     ~Worker();
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
@@ -62,8 +69,13 @@ public:
     /// Nothing is to be done, and whoever waited has heard of what was done.
     bool IsIdle() const { return *m_pending == 0; }
     bool IsThisThread() const { return std::this_thread::get_id() == m_thread.get_id(); }
+    /// The flag of the job that runs; null while none does.
+    ComPtr<KOV::IKOV_Flag> RunningFlag() const;
     /// Sets the flag of all jobs that are there now.
     void Cancel();
+    /// Drops what hasn't begun, and waits for the end of what has, which needs the main thread no more. For good; so does the
+    /// destructor.
+    void End();
 
 private:
     struct Queued {

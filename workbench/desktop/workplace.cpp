@@ -1,15 +1,28 @@
 #include "workbench/desktop/workplace.h"
 
 #include <algorithm>
+#include <memory>
 
 #include "workbench/core/commands.h"
 #include "workbench/desktop/objects/text.h"
+
+namespace {
+
+/// Changes what may be done here, and asks no server.
+constexpr std::wstring_view enable_editing = L"sp.cmd.enableEditing";
+/// Makes a new state of the file when it is done; a save within it is noted by itself.
+constexpr std::wstring_view check_in = L"sp.cmd.checkIn";
+
+} // namespace
 
 Workplace::Workplace(const DeskServices& services, HWND frame) : m_services(services), m_frame(frame), m_life(services.host) {}
 
 /// No worker has anything to do any more.
 Workplace::~Workplace() {
     for (const std::unique_ptr<DocumentTab>& tab : m_tabs) {
+        if (tab->IsModified()) {
+            tab->Pdf().KeepForLater();
+        }
         tab->disconnect();
         m_life.Closed(tab->Core());
     }
@@ -34,23 +47,42 @@ std::int64_t Workplace::NewestUnsaved() const {
 }
 
 void Workplace::RunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
+    CommandCollection& commands = m_services.host.Commands();
     DocumentTab* const tab = TabOf(owner);
     if (tab == nullptr || tab->File().IsNull()) {
-        m_services.host.Commands().Execute(id, owner);
+        commands.Execute(id, owner);
         return;
     }
     if (tab->IsBusy()) {
         return;
     }
-    const std::optional<CommandFacts> facts = m_services.host.Commands().Facts(id);
+    // By the time the worker comes to it, another document may be in front: this is about the one that was when it was chosen.
+    const ComPtr<TabObject> object = tab->Object();
+    const std::optional<CommandFacts> facts = commands.Facts(id);
+    if (facts && facts->name == enable_editing) {
+        commands.Execute(id, object);
+        return;
+    }
     tab->BeginWork(facts ? ToQString(m_services.host.Resolve(facts->title)).remove('&') : QString());
+    const bool is_check_in = facts && facts->name == check_in;
+    const auto checked_in = std::make_shared<std::optional<Stamp>>();
+    const ComPtr<KOV::IAFS_File> file = tab->File();
     tab->Connection()->Work().Post({
-        [this, id, owner](KOV::IKOV_Flag*) { Check(m_services.host.Commands().Execute(id, owner)); },
-        [this, tab](const Outcome&) {
+        [this, id, object, file, is_check_in, checked_in](KOV::IKOV_Flag*) {
+            Check(m_services.host.Commands().Execute(id, object));
+            *checked_in = is_check_in ? KnownStamp(Access(nullptr), file) : std::nullopt;
+        },
+        [tab, file = file.Get(), checked_in](const Outcome&) {
             tab->EndWork();
-            TakeUpCheckIn(*tab);
+            // Changes that are still there weren't sent: the server's state isn't the one that they began from.
+            if (*checked_in && tab->File().Get() == file && !tab->IsModified() && !tab->is_outdated) {
+                CopySource source = tab->Pdf().Source();
+                source.stamp = *checked_in;
+                tab->Pdf().SetSource(std::move(source));
+            }
         },
         nullptr,
+        this,
     });
 }
 
@@ -65,14 +97,4 @@ DocumentTab* Workplace::TabOf(KOV::IUIX_Obj* owner) const {
     const auto found =
         std::find_if(m_tabs.begin(), m_tabs.end(), [&](const auto& tab) { return &tab->Core() == document.Get(); });
     return found == m_tabs.end() ? nullptr : found->get();
-}
-
-/// A command may have made a new state of the file, as a check-in does: the changes began from that one then.
-void Workplace::TakeUpCheckIn(DocumentTab& tab) {
-    const ComPtr<KOV::IAFS_File> file = tab.File();
-    if (!file.IsNull() && !tab.is_outdated) {
-        CopySource source = tab.Pdf().Source();
-        source.stamp = KnownStamp(Access(nullptr), file);
-        tab.Pdf().SetSource(std::move(source));
-    }
 }

@@ -85,7 +85,6 @@ private:
     ServerAccess Access(KOV::IKOV_Flag* cancel) const { return {m_services.host, cancel}; }
     DocumentTab* Find(const QString& place) const;
     DocumentTab* TabOf(KOV::IUIX_Obj* owner) const;
-    void TakeUpCheckIn(DocumentTab& tab);
     std::int64_t NewestUnsaved() const;
 
     void OpenThrough(const std::shared_ptr<Bind>& bind, FindName find, const QString& shown);

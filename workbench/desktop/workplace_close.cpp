@@ -67,6 +67,7 @@ void Workplace::CloseFile(DocumentTab& tab, Then then) {
             then(!stays);
         },
         m_services.NewMonitor(L"Closing <b>" + ToWide(tab.Title()) + L"</b>\u2026"),
+        this,
     });
 }
 
@@ -86,6 +87,7 @@ void Workplace::LeaveFile(const ComPtr<KOV::IAFS_File>& file, const std::shared_
             DropUnsaved(url, newest_unsaved_before);
         },
         m_services.NewMonitor(L"Closing <b>" + ToWide(url.section('/', -1)) + L"</b>\u2026"),
+        this,
     });
 }
 
@@ -118,7 +120,7 @@ void Workplace::DropUnsaved(const QString& url, std::int64_t newest_before) cons
 /// The last reference goes on the worker, where nothing else is done with the file.
 void Workplace::LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& bind) const {
     if (!file.IsNull()) {
-        bind->Work().Post({[held = std::move(file)](KOV::IKOV_Flag*) {}, [bind](const Outcome&) {}, nullptr});
+        bind->Work().Post({[held = std::move(file)](KOV::IKOV_Flag*) {}, [bind](const Outcome&) {}, nullptr, this});
     }
 }
 
@@ -129,6 +131,7 @@ void Workplace::LetGo(ComPtr<KOV::IAFS_File> file, const std::shared_ptr<Bind>& 
             [held = std::move(file)](KOV::IKOV_Flag*) {},
             [this, bind, url, newest_unsaved_before](const Outcome&) { DropUnsaved(url, newest_unsaved_before); },
             nullptr,
+            this,
         });
     }
 }
@@ -178,11 +181,6 @@ void Workplace::AskBusy() {
     }
     m_services.binds.CancelAll();
     wininet::AbortTransfers(true);
-    for (const std::unique_ptr<DocumentTab>& tab : m_tabs) {
-        if (tab->IsModified()) {
-            tab->Pdf().KeepForLater();
-        }
-    }
     AwaitIdle();
 }
 

@@ -98,6 +98,7 @@ void Workplace::OpenThrough(const std::shared_ptr<Bind>& bind, FindName find, co
             Add(std::make_unique<PdfDocument>(std::move(opened->copy)), std::move(opened->file), bind);
         },
         monitor,
+        this,
     });
 }
 
@@ -122,6 +123,7 @@ void Workplace::OpenFrom(const QString& place_url) {
             }
         },
         monitor,
+        this,
     });
 }
 
@@ -195,6 +197,7 @@ void Workplace::OpenLeft(const LeftCopy& left) {
             AddLeft(*opening, bind);
         },
         m_services.NewMonitor(OpeningText(left.source.title)),
+        this,
     });
 }
 
@@ -205,7 +208,7 @@ void Workplace::AddLeft(LeftOpening& opening, const std::shared_ptr<Bind>& bind)
         return;
     }
     const std::optional<Stamp> began_from = opening.copy->Source().stamp;
-    const bool is_outdated = opening.stamp && opening.stamp != began_from;
+    const bool is_outdated = !opening.file.IsNull() && IsOtherState(opening.stamp, began_from);
     opening.copy->Keep(false);
     DocumentTab* const tab = Add(std::make_unique<PdfDocument>(std::move(opening.copy)), std::move(opening.file), bind);
     tab->is_outdated = is_outdated;

@@ -19,6 +19,22 @@ std::wstring SavingText(const QString& title) { return L"Saving <b>" + ToWide(ti
 
 std::wstring NotSaved(const QString& title) { return L"<b>" + ToWide(title) + L"</b> isn't saved."; }
 
+/// Lies something else at the document's place than what its changes began from?
+bool HasNewerVersion(DocumentTab& tab) {
+    const CopySource& source = tab.Pdf().Source();
+    return source.url.isEmpty() ? source.stamp && StampOfLocalFile(source.path) != source.stamp && QFileInfo::exists(source.path)
+                                : tab.is_outdated;
+}
+
+/// Gives 0 for overwriting the newer version, the numbers behind that for `other_ways`, and the last one for a cancel.
+std::size_t AskToOverwrite(Questions& questions, const DocumentTab& tab, const std::vector<BoxItem>& other_ways) {
+    std::vector<BoxItem> buttons = {{L"btn.overwrite", L"&Overwrite\n- the other changes will be lost"}};
+    buttons.insert(buttons.end(), other_ways.begin(), other_ways.end());
+    buttons.push_back({L"btn.cancel", L"&Cancel"});
+    return Choose(questions, L"Somebody else has changed <b>" + ToWide(tab.Title()) + L"</b> since your changes began from it.",
+                  std::move(buttons));
+}
+
 } // namespace
 
 void Workplace::Save(DocumentTab& tab, Then then) {
@@ -39,21 +55,12 @@ void Workplace::Save(DocumentTab& tab, Then then) {
 }
 
 bool Workplace::MayOverwrite(DocumentTab& tab, Then& then) {
-    const CopySource& source = tab.Pdf().Source();
-    const bool is_newer = source.url.isEmpty()
-                              ? source.stamp && StampOfLocalFile(source.path) != source.stamp && QFileInfo::exists(source.path)
-                              : tab.is_outdated;
-    if (!is_newer) {
+    if (!HasNewerVersion(tab)) {
         return true;
     }
     enum : std::size_t { overwrite, elsewhere };
-    switch (Choose(m_services.questions,
-                   L"Somebody else has changed <b>" + ToWide(source.title) + L"</b> since your changes began from it.",
-                   {{L"btn.overwrite", L"&Overwrite\n- the other changes will be lost"},
-                    {L"btn.save_as", L"Save &As\u2026"},
-                    {L"btn.cancel", L"&Cancel"}})) {
+    switch (AskToOverwrite(m_services.questions, tab, {{L"btn.save_as", L"Save &As\u2026"}})) {
     case overwrite:
-        tab.is_outdated = false;
         return true;
     case elsewhere:
         SaveAs(tab, std::move(then));
@@ -84,12 +91,13 @@ void Workplace::Attach(DocumentTab& tab, Then then) {
                 then(false);
                 return;
             }
-            tab.is_outdated = *stamp != tab.Pdf().Source().stamp;
+            tab.is_outdated = IsOtherState(*stamp, tab.Pdf().Source().stamp);
             tab.SetConnection(bind);
             m_life.SourceChanged(tab.Core(), *file);
             then(true);
         },
         m_services.NewMonitor(SavingText(tab.Title())),
+        this,
     });
 }
 
@@ -121,6 +129,7 @@ void Workplace::SendToSource(DocumentTab& tab, Then then) {
             then(FinishSave(tab, plan, *result, outcome));
         },
         monitor,
+        this,
     });
 }
 
@@ -128,6 +137,7 @@ void Workplace::SendToSource(DocumentTab& tab, Then then) {
 bool Workplace::FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveResult& result, const Outcome& outcome) {
     if (result.is_sent) {
         tab.is_gone = false;
+        tab.is_outdated = false;
         tab.Pdf().MarkSaved(plan.version, result.source);
     }
     if (outcome.HasSucceeded() || outcome.IsCanceled()) {
@@ -157,6 +167,9 @@ HRESULT Workplace::SaveNow(DocumentTab& tab, KOV::IKOV_ProgressMon* given) {
     ComPtr<ProgressMonitor> monitor = dynamic_cast<ProgressMonitor*>(given);
     const HRESULT planned = m_services.loop.Call(
         [&] {
+            if (HasNewerVersion(tab) && AskToOverwrite(m_services.questions, tab, {}) != 0) {
+                return UserCanceled;
+            }
             plan = PlanOf(tab);
             bind = tab.Connection();
             monitor = monitor.IsNull() ? m_services.NewMonitor(SavingText(tab.Title())) : monitor;
@@ -175,7 +188,7 @@ HRESULT Workplace::SaveNow(DocumentTab& tab, KOV::IKOV_ProgressMon* given) {
     };
     if (bind->Work().IsThisThread()) {
         monitor->Start();
-        outcome = OutcomeOf([&] { send(MakeCancelFlag(monitor)); });
+        outcome = OutcomeOf([&] { send(MakeCancelFlag(monitor, bind->Work().RunningFlag())); });
         monitor->Stop();
     } else {
         const HRESULT called = m_services.loop.Call(
@@ -190,7 +203,8 @@ HRESULT Workplace::SaveNow(DocumentTab& tab, KOV::IKOV_ProgressMon* given) {
     return finished == S_OK ? S_OK : FAILED(outcome.result) ? outcome.result : E_FAIL;
 }
 
-/// The worker of the document may stand inside its file meanwhile and wait for this, so another thread fetches.
+/// The worker of the document may stand inside its file meanwhile and wait for this, so another thread fetches. From the reset on
+/// the file counts as the server's newest: unless its bytes came, the document remembers by itself that it is older.
 HRESULT Workplace::Reload(DocumentTab& tab) {
     const ComPtr<KOV::IAFS_File> file = tab.File();
     if (file.IsNull()) {
@@ -199,6 +213,7 @@ HRESULT Workplace::Reload(DocumentTab& tab) {
     const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(L"Reloading <b>" + ToWide(tab.Title()) + L"</b>\u2026");
     Worker beside(m_services.loop);
     tab.BeginWork(tr("Reloading\u2026"));
+    tab.is_outdated = true;
     const Outcome outcome = OutcomeOf([&] {
         CopySource source = tab.Pdf().Source();
         const auto fetch = [&](int target) {
@@ -220,8 +235,10 @@ HRESULT Workplace::Reload(DocumentTab& tab) {
         tab.is_outdated = false;
     });
     tab.EndWork();
-    if (!outcome.HasSucceeded() && !outcome.IsCanceled()) {
-        TellFailure(m_services.questions, L"<b>" + ToWide(tab.Title()) + L"</b> can't be reloaded.", outcome.message);
+    if (!outcome.HasSucceeded()) {
+        TellFailure(m_services.questions,
+                    L"<b>" + ToWide(tab.Title()) + L"</b> wasn't reloaded: what you see is older than what the server has.",
+                    outcome.IsCanceled() ? std::wstring() : outcome.message);
     }
     return outcome.result;
 }
@@ -278,6 +295,7 @@ void Workplace::SaveTo(DocumentTab& tab, const QString& place_url, Then then) {
             then(false);
         },
         monitor,
+        this,
     });
 }
 
@@ -319,6 +337,7 @@ void Workplace::SaveToName(DocumentTab& tab, const std::shared_ptr<Bind>& bind, 
             then(is_done);
         },
         monitor,
+        this,
     });
 }
 

@@ -56,15 +56,40 @@ TEST_F(Desk, QuittingAsksForEachDocumentAndStopsAtACancel) {
 }
 
 TEST_F(Desk, QuittingWhileAServerStallsEndsAtOnceAndLosesNothing) {
+    const struct {
+        const char* command;
+        const char* document;
+    } rows[] = {{"cmd.save", "Shared Documents/a.pdf"}, {"sp.cmd.checkIn", "Shared Documents/b.pdf"}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.command);
+        server.Put(row.document, server.Read(document));
+        Start();
+        DocumentTab* const tab = Open(row.document);
+        Choose("sp.cmd.checkOut", *tab);
+        AwaitBar(*tab, L"checked out to you");
+        Choose("cmd.rotatePage", *tab);
+        server.Always("PUT * delay=20000");
+        Trigger(row.command);
+        EXPECT_TRUE(tab->IsBusy());
+        Answer("still at work", "btn.quit");
+        Quit();
+        server.ClearFaults();
+        const std::vector<LeftCopy> left = WorkingCopy::Left(folder / "state" / "documents");
+        ASSERT_EQ(left.size(), 1u);
+        WorkingCopy::Discard(left.front());
+    }
+}
+
+TEST_F(Desk, AProgramThatIsTakenDownInTheMiddleOfWorkLosesNothing) {
     Start();
     DocumentTab* const tab = Open();
     Choose("sp.cmd.checkOut", *tab);
     AwaitBar(*tab, L"checked out to you");
     Choose("cmd.rotatePage", *tab);
     server.Always("PUT * delay=20000");
-    Place().Save(*tab, [](bool) {});
-    Answer("still at work", "btn.quit");
-    Quit();
+    Trigger("sp.cmd.checkIn");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return ProgressWindow() != nullptr; }, patience_ms));
+    program.reset();
     EXPECT_EQ(WorkingCopy::Left(folder / "state" / "documents").size(), 1u);
 }
 

@@ -2,6 +2,7 @@
 
 // The whole program on the off-screen platform, with its module, before a real server.
 
+#include <algorithm>
 #include <fstream>
 #include <iterator>
 
@@ -90,12 +91,17 @@ protected:
         return is_closed.value_or(false);
     }
 
-    /// A command as it is chosen from the menu. Waits until the document is at rest.
-    void Choose(const char* command, DocumentTab& tab) {
+    /// A command as it is chosen from the menu.
+    void Trigger(const char* command) {
         QAction* const action = Action(command);
         ASSERT_NE(action, nullptr) << command;
         ASSERT_TRUE(QTest::qWaitFor([&] { return action->isEnabled(); }, patience_ms)) << command;
         action->trigger();
+    }
+
+    /// The same; waits until the document is at rest.
+    void Choose(const char* command, DocumentTab& tab) {
+        Trigger(command);
         ASSERT_TRUE(QTest::qWaitFor([&] { return !tab.IsBusy(); }, patience_ms)) << command;
     }
 
@@ -115,6 +121,15 @@ protected:
             actions += menu->actions();
         }
         return actions;
+    }
+
+    /// The window that shows the work under way; null when none does.
+    static QWidget* ProgressWindow() {
+        const QWidgetList windows = QApplication::topLevelWidgets();
+        const auto found = std::find_if(windows.begin(), windows.end(), [](const QWidget* window) {
+            return window->objectName() == "progress" && window->isVisible();
+        });
+        return found == windows.end() ? nullptr : *found;
     }
 
     /// The texts of the info bar.

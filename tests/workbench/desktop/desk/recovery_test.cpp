@@ -11,9 +11,14 @@ protected:
         DocumentTab* const tab = Open();
         Choose("sp.cmd.enableEditing", *tab);
         Choose("cmd.rotatePage", *tab);
-        tab->Pdf().KeepForLater();
-        Answer("changes that aren't saved", "btn.discard");
-        Quit();
+        program.reset();
+    }
+
+    DocumentTab& OpenLeft() {
+        Start();
+        Child<QAbstractButton>(*Window(), "btn.open").click();
+        EXPECT_TRUE(QTest::qWaitFor([&] { return Place().Tabs().size() == 1; }, patience_ms));
+        return *Place().Tabs().at(0);
     }
 
     RecoveryWindow* Window() {
@@ -45,14 +50,61 @@ TEST_F(Recovery, WhatACrashLeftIsOpenedWithItsChangeAndSaved) {
 TEST_F(Recovery, ANewerVersionOnTheServerIsNotOverwrittenUnasked) {
     LeaveBehind();
     server.Touch(document);
-    Start();
-    Child<QAbstractButton>(*Window(), "btn.open").click();
-    ASSERT_TRUE(QTest::qWaitFor([&] { return Place().Tabs().size() == 1; }, patience_ms));
-    DocumentTab* const tab = Place().Tabs().at(0).get();
+    DocumentTab& tab = OpenLeft();
     Answer("Somebody else has changed plan.pdf", "btn.cancel");
-    EXPECT_FALSE(Save(*tab));
+    EXPECT_FALSE(Save(tab));
     EXPECT_EQ(server.Read(document), "changed by another user");
     Answer("changes that aren't saved", "btn.discard");
+}
+
+TEST_F(Recovery, ACheckInAsksBeforeItOverwritesANewerVersionToo) {
+    LeaveBehind();
+    server.Touch(document);
+    DocumentTab& tab = OpenLeft();
+    Choose("sp.cmd.checkOut", tab);
+    AwaitBar(tab, L"checked out to you");
+    Answer("Somebody else has changed plan.pdf", "btn.cancel");
+    Choose("sp.cmd.checkIn", tab);
+    EXPECT_EQ(server.Read(document), "changed by another user");
+    EXPECT_EQ(server.Holder(document), "ann");
+    EXPECT_TRUE(tab.IsModified());
+    Answer("changes that aren't saved", "btn.discard");
+}
+
+TEST_F(Recovery, ACommandThatLeftTheServersVersionAloneDoesntMakeItTheOneThatTheChangesBeganFrom) {
+    const std::string first = server.Read(document);
+    const struct {
+        const char* command;
+        const char* button;
+        bool is_held_before;
+    } rows[] = {{"sp.cmd.checkOut", "sp.btn.cancelCheckOut", false}, {"sp.cmd.checkIn", "sp.btn.cancelSaving", true}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.command);
+        server.Put(document, first);
+        Start();
+        DocumentTab* const tab = Open();
+        const auto change = [&](const char* first_command) {
+            Choose(first_command, *tab);
+            Choose("cmd.rotatePage", *tab);
+        };
+        if (row.is_held_before) {
+            change("sp.cmd.checkOut");
+        }
+        server.Touch(document);
+        Answer("has become out of date", row.button);
+        Choose(row.command, *tab);
+        if (!row.is_held_before) {
+            change("sp.cmd.enableEditing");
+        }
+        program.reset();
+
+        DocumentTab& left = OpenLeft();
+        Answer("Somebody else has changed plan.pdf", "btn.cancel");
+        EXPECT_FALSE(Save(left));
+        EXPECT_EQ(server.Read(document), "changed by another user");
+        Answer("changes that aren't saved", "btn.discard");
+        Quit();
+    }
 }
 
 TEST_F(Recovery, ACopyIsDiscardedByThePersonsWordOnly) {

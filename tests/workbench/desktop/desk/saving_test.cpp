@@ -137,6 +137,47 @@ TEST_F(SaveDocument, SavesOnTheMainThreadWhileTheWorkerSends) {
     EXPECT_FALSE(changed.IsModified());
 }
 
+TEST_F(SaveDocument, ADocumentThatCouldntBeReadAnewDoesntOverwriteTheNewerVersionUnasked) {
+    const struct {
+        const char* fault;
+        bool is_canceled;
+    } rows[] = {{"GET * status=500", false}, {"GET * delay=1500", true}};
+    Start();
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.fault);
+        tab = Open();
+        const std::string newer = BytesOf(MakePdf(folder / "newer.pdf", 5));
+        server.Touch(document, newer);
+        server.Once(row.fault);
+        Answer("has become out of date", "sp.btn.reloadAndCheckOut");
+        Answer("wasn't reloaded", "btn.close");
+        QTimer impatience;
+        QObject::connect(&impatience, &QTimer::timeout, [] {
+            if (QWidget* const progress = ProgressWindow()) {
+                Child<QAbstractButton>(*progress, "btn.cancel").click();
+            }
+        });
+        impatience.start(row.is_canceled ? 10 : patience_ms);
+        Choose("sp.cmd.checkOut", *tab);
+        impatience.stop();
+        server.ClearFaults();
+        EXPECT_EQ(tab->Pages().PageCount(), 3);
+        AwaitBar(*tab, L"checked out to you");
+        Choose("cmd.rotatePage", *tab);
+        Answer("Somebody else has changed plan.pdf", "btn.cancel");
+        EXPECT_FALSE(Save(*tab));
+        Answer("Somebody else has changed plan.pdf", "btn.cancel");
+        Choose("sp.cmd.checkIn", *tab);
+        EXPECT_EQ(server.Read(document), newer);
+        EXPECT_TRUE(tab->IsModified());
+        Answer("Somebody else has changed plan.pdf", "btn.overwrite");
+        EXPECT_TRUE(Save(*tab));
+        EXPECT_EQ(ServersRotations(), (std::vector{90, 0, 0}));
+        EXPECT_TRUE(Close(*tab));
+        server.Put(document, BytesOf(folder / "plan.pdf"));
+    }
+}
+
 TEST_F(SaveDocument, AnOutdatedDocumentIsReadAnewBeforeItIsCheckedOut) {
     Start();
     tab = Open();
