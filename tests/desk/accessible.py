@@ -9,7 +9,7 @@ import pyatspi
 # A press that opens a window is answered when that window has closed: nobody waits for that.
 Atspi.set_timeout(700, 15000)
 
-PATIENCE = 20.0
+PATIENCE = 60.0
 # A list of a hundred thousand rows has half a million children: they are never walked.
 MOST_CHILDREN = 400
 
