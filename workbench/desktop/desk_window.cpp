@@ -34,6 +34,9 @@ QWidget* MakeWelcome(const std::vector<QAction*>& actions) {
     return page;
 }
 
+/// In letters: a longer name would leave no room for the other tabs.
+constexpr int longest_tab_name = 40;
+
 QLabel* MakeStatusLabel(const char* name, const QString& what, QWidget* parent) {
     auto* const label = new QLabel(parent);
     label->setObjectName(name);
@@ -54,16 +57,8 @@ QString ShownPlace(const DocumentTab& tab) {
 DeskWindow::DeskWindow(const DeskServices& services)
     : m_services(services), m_core(WindowCore::Create(this, services.surroundings)), m_frame(MakeObject<FrameObject>(this)),
       m_workplace(services, m_core->Handle()), m_commands(std::make_unique<HostCommands>(services.host, CommandTable())),
-      m_actions(services.host.Commands(), services.host, m_frame, nullptr,
-                [this](DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
-                    if (m_commands->Holds(id)) {
-                        m_services.host.Commands().Execute(id, owner);
-                    } else {
-                        m_workplace.RunCommand(id, owner);
-                    }
-                }),
-      m_pages(new QStackedWidget(this)), m_tabs(new QTabWidget(this)),
-      m_place(MakeStatusLabel("status.place", tr("Place of the document"), this)),
+      m_actions(services.host.Commands(), services.host, m_frame, nullptr, Gate()), m_pages(new QStackedWidget(this)),
+      m_tabs(new QTabWidget(this)), m_place(MakeStatusLabel("status.place", tr("Place of the document"), this)),
       m_state(MakeStatusLabel("status.state", tr("State of the document"), this)), m_busy(new QProgressBar(this)),
       m_page(MakeStatusLabel("status.page", tr("Page"), this)), m_zoom(MakeStatusLabel("status.zoom", tr("Zoom"), this)) {
     setObjectName("window.main");
@@ -120,12 +115,28 @@ DeskWindow::~DeskWindow() {
     m_core->Destroy();
 }
 
+/// The host's own commands look after themselves.
+CommandGate DeskWindow::Gate() {
+    return {
+        .run =
+            [this](DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
+                if (m_commands->Holds(id)) {
+                    m_services.host.Commands().Execute(id, owner);
+                } else {
+                    m_workplace.RunCommand(id, owner);
+                }
+            },
+        .may_run =
+            [this](DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
+                return m_commands->Holds(id) || m_workplace.MayRunCommand(id, owner);
+            },
+    };
+}
+
 DocumentTab* DeskWindow::Active() const { return static_cast<DocumentTab*>(m_tabs->currentWidget()); }
 
 void DeskWindow::AddTab(DocumentTab* tab) {
-    auto* const actions =
-        new CommandActions(m_services.host.Commands(), m_services.host, tab->Object(), tab,
-                           [this](DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) { m_workplace.RunCommand(id, owner); });
+    auto* const actions = new CommandActions(m_services.host.Commands(), m_services.host, tab->Object(), tab, Gate());
     tab->SetBar(new InfoBarWidget(tab->Core().Bar(), *actions, RegisteredLooks(m_services.host), tab));
     connect(tab, &DocumentTab::StateChanged, this, [this, tab] { ShowState(tab); });
     connect(&tab->Pages(), &PageView::CurrentPageChanged, this, &DeskWindow::ShowStatus);
@@ -149,7 +160,9 @@ void DeskWindow::TakeOutTab(DocumentTab* tab) {
 
 void DeskWindow::ShowState(DocumentTab* tab) {
     const int index = m_tabs->indexOf(tab);
-    m_tabs->setTabText(index, WithoutMnemonic(tab->Title()) + (tab->IsModified() ? " *" : ""));
+    const QFontMetrics metrics = m_tabs->fontMetrics();
+    const QString name = metrics.elidedText(tab->Title(), Qt::ElideMiddle, longest_tab_name * metrics.averageCharWidth());
+    m_tabs->setTabText(index, WithoutMnemonic(name) + (tab->IsModified() ? " *" : ""));
     m_tabs->setTabToolTip(index, PlainTip(ShownPlace(*tab)));
     m_tabs->setTabIcon(index, FileTypeIcon(tab->Title().section('.', -1)));
     if (tab == Active()) {

@@ -72,6 +72,7 @@ private:
     void SetRibbon(bool has_ribbon);
     void SetColors(ColorScheme scheme);
 
+    CommandGate Gate();
     DocumentTab* Active() const;
     void AddTab(DocumentTab* tab);
     void TakeOutTab(DocumentTab* tab);

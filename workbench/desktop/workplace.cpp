@@ -46,6 +46,15 @@ std::int64_t Workplace::NewestUnsaved() const {
     return newest;
 }
 
+bool Workplace::MayRunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) const {
+    const DocumentTab* const tab = TabOf(owner);
+    if (tab == nullptr || !tab->IsBusy()) {
+        return true;
+    }
+    const std::optional<CommandFacts> facts = m_services.host.Commands().Facts(id);
+    return facts && (facts->new_item_style & command_style_menu) != 0;
+}
+
 void Workplace::RunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
     CommandCollection& commands = m_services.host.Commands();
     DocumentTab* const tab = TabOf(owner);
@@ -53,7 +62,7 @@ void Workplace::RunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
         commands.Execute(id, owner);
         return;
     }
-    if (tab->IsBusy()) {
+    if (!MayRunCommand(id, owner)) {
         return;
     }
     // By the time the worker comes to it, another document may be in front: this is about the one that was when it was chosen.

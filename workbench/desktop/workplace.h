@@ -51,6 +51,8 @@ public:
     void Quit();
     bool IsEnding() const noexcept { return m_is_ending; }
 
+    /// Can a command be chosen in `owner` now? None of the module's while its document is busy, but those that open a menu.
+    bool MayRunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) const;
     /// Runs a command as it was chosen in `owner`: one of the module's that is about a document of a server on the worker of its
     /// bind.
     void RunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner);

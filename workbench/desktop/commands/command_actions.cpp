@@ -23,8 +23,9 @@ QString WithoutMnemonicSign(const QString& title) {
 
 } // namespace
 
-CommandActions::CommandActions(CommandCollection& commands, KOV::IKOV_Inst& host, KOV::IUIX_Obj* owner, QObject* parent, Run run)
-    : QObject(parent), m_commands(&commands), m_host(host), m_owner(owner), m_run(std::move(run)) {
+CommandActions::CommandActions(CommandCollection& commands, KOV::IKOV_Inst& host, KOV::IUIX_Obj* owner, QObject* parent,
+                               CommandGate gate)
+    : QObject(parent), m_commands(&commands), m_host(host), m_owner(owner), m_gate(std::move(gate)) {
     m_commands->AddObserver(this);
 }
 
@@ -49,8 +50,8 @@ QAction* CommandActions::ActionOf(DWORD id) {
         if (m_commands.IsNull()) {
             return;
         }
-        if (m_run) {
-            m_run(id, m_owner);
+        if (m_gate.run) {
+            m_gate.run(id, m_owner);
             return;
         }
         // The handler may end the window, and these actions with it.
@@ -124,7 +125,8 @@ void CommandActions::AskStatesOf(const std::vector<DWORD>& ids) {
         if (commands.IsNull() || !m_actions.contains(id)) {
             continue;
         }
-        const bool is_enabled = (commands->State(id, owner) & KOV::UIX_CmdState_Disabled) == 0;
+        const bool is_enabled =
+            (!m_gate.may_run || m_gate.may_run(id, owner)) && (commands->State(id, owner) & KOV::UIX_CmdState_Disabled) == 0;
         if (guard.isNull()) {
             return;
         }

@@ -13,14 +13,20 @@
 #include "host/instance.h"
 #include "workbench/core/commands.h"
 
+/// What stands between an action and its command's handler. Each may be empty.
+struct CommandGate {
+    /// Does a command that was chosen. Without it the handler is called at once.
+    std::function<void(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> run;
+    /// May it be chosen now? When not, the handler isn't asked.
+    std::function<bool(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> may_run;
+};
+
 class CommandActions final : public QObject, private CommandObserver {
 public:
-    /// Does a command that was chosen.
-    using Run = std::function<void(DWORD id, ComPtr<KOV::IUIX_Obj> owner)>;
-
     /// `owner` is what handlers get to hear as the object that a command is used in; it may be null. `host` looks texts up and
-    /// outlives the actions. Without `run`, the handler is called at once.
-    CommandActions(CommandCollection& commands, KOV::IKOV_Inst& host, KOV::IUIX_Obj* owner, QObject* parent, Run run = {});
+    /// outlives the actions.
+    CommandActions(CommandCollection& commands, KOV::IKOV_Inst& host, KOV::IUIX_Obj* owner, QObject* parent,
+                   CommandGate gate = {});
     ~CommandActions() override;
 
     /// The action of a command, the same one for as long as this lives, whatever comes and goes under the command's name. It is
@@ -53,7 +59,7 @@ private:
     ComPtr<CommandCollection> m_commands;
     KOV::IKOV_Inst& m_host;
     ComPtr<KOV::IUIX_Obj> m_owner;
-    const Run m_run;
+    const CommandGate m_gate;
     /// Children of this.
     std::map<DWORD, QAction*> m_actions;
 };

@@ -47,3 +47,28 @@ TEST_F(ModuleCommand, ThatAsksNoServerWaitsForNone) {
     EXPECT_FALSE(is_saved);
     ASSERT_TRUE(QTest::qWaitFor([&] { return is_saved; }, patience_ms));
 }
+
+TEST_F(ModuleCommand, CantBeChosenWhileItsDocumentIsBusy) {
+    KeepTheWorker();
+    Show(*other);
+    QAction& check_in = *Action("sp.cmd.checkIn");
+    EXPECT_TRUE(QTest::qWaitFor([&] { return is_saved || !check_in.isEnabled(); }, patience_ms));
+    EXPECT_FALSE(is_saved);
+    EXPECT_TRUE(Action("sp.cmd.share_point")->isEnabled());
+    ASSERT_TRUE(QTest::qWaitFor([&] { return is_saved && check_in.isEnabled(); }, patience_ms));
+}
+
+TEST_F(Desk, TextThatIsTypedGoesInWithTabAndEnter) {
+    Start();
+    DocumentTab& tab = *Open();
+    Choose("sp.cmd.enableEditing", tab);
+    person.Next([](QDialog& dialog) {
+        QTest::keyClicks(QApplication::focusWidget(), "Please check");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_Return);
+        EXPECT_EQ(dialog.result(), QDialog::Accepted);
+    });
+    Choose("cmd.addNote", tab);
+    EXPECT_TRUE(tab.IsModified());
+    Answer("has changes that aren't saved", "btn.discard");
+}
