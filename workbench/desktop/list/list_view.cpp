@@ -9,6 +9,14 @@
 #include "workbench/desktop/list/list_header.h"
 #include "workbench/desktop/list/list_model.h"
 
+namespace {
+
+bool IsStep(const QKeyEvent& event) {
+    return (event.key() == Qt::Key_Down || event.key() == Qt::Key_Up) && (event.modifiers() & ~Qt::KeypadModifier) == 0;
+}
+
+} // namespace
+
 ListView::ListView(ListModel& model, QWidget* parent)
     : QTreeView(parent), m_model(model), m_header(new ListHeader([this](int column) { OnHeaderClicked(column); }, this)) {
     setHeader(m_header);
@@ -45,6 +53,9 @@ std::optional<int> ListView::SelectedFrom(long long row) {
 void ListView::rowsInserted(const QModelIndex& parent, int start, int end) {
     m_selected.reset(); // rows below have other numbers now
     QTreeView::rowsInserted(parent, start, end);
+    if (hasFocus() && !currentIndex().isValid()) {
+        selectionModel()->setCurrentIndex(m_model.index(0, 0), QItemSelectionModel::NoUpdate); // else nothing shows the focus
+    }
 }
 
 void ListView::BeginGesture(Gesture gesture) {
@@ -112,11 +123,21 @@ void ListView::mouseReleaseEvent(QMouseEvent* event) {
     }
 }
 
+bool ListView::SelectCurrent() {
+    if (selectionModel()->hasSelection() || !currentIndex().isValid()) {
+        return false;
+    }
+    setCurrentIndex(currentIndex());
+    return true;
+}
+
 void ListView::keyPressEvent(QKeyEvent* event) {
     m_model.Settle();
     BeginGesture(Gesture::step);
     const QPointer<ListView> guard = this;
-    QTreeView::keyPressEvent(event);
+    if (!IsStep(*event) || !SelectCurrent()) {
+        QTreeView::keyPressEvent(event);
+    }
     if (!guard.isNull() && m_gesture == Gesture::step) {
         EndGesture();
     }
@@ -145,6 +166,7 @@ void ListView::OnHeaderClicked(int column) {
 
 void ListView::keyboardSearch(const QString& typed) {
     const int current = currentIndex().row();
+    const bool is_selected = selectionModel()->hasSelection();
     if (current != m_row_of_typed || m_since_typed.elapsed() > QApplication::keyboardInputInterval()) {
         m_typed.clear();
     }
@@ -156,7 +178,8 @@ void ListView::keyboardSearch(const QString& typed) {
     m_typed += typed;
     // One letter again and again goes from row to row of that letter.
     const bool is_one_letter = m_typed.count(m_typed[0], Qt::CaseInsensitive) == m_typed.size();
-    const int found = m_model.FindRow(is_one_letter ? m_typed.left(1) : m_typed, is_one_letter ? current + 1 : qMax(current, 0));
+    const int found =
+        m_model.FindRow(is_one_letter ? m_typed.left(1) : m_typed, is_one_letter && is_selected ? current + 1 : qMax(current, 0));
     if (found >= 0) {
         setCurrentIndex(m_model.index(found, 0));
     }

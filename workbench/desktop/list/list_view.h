@@ -63,6 +63,8 @@ private:
     void EndGesture();
     void TellSelection();
     void OnHeaderClicked(int column);
+    /// The first step into a list selects the row that has the focus, which would never be reached else when it is the only one.
+    bool SelectCurrent();
 
     ListModel& m_model;
     ListHeader* m_header;

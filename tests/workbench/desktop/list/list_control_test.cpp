@@ -240,6 +240,27 @@ TEST_F(List, TellsOfAGestureOnce) {
     EXPECT_EQ(TakeHeard(), (Heard{})) << "the selection is the same";
 }
 
+TEST_F(List, IsEnteredByTheKeyboardAtTheRowWithTheFocus) {
+    Fill(2);
+    window->show();
+    window->activateWindow();
+    View().setFocus();
+    ASSERT_TRUE(QTest::qWaitFor([&] { return View().hasFocus(); }));
+    list->DeleteAllItems();
+    Fill(1);
+    EXPECT_EQ(View().currentIndex().row(), 0) << "else nothing shows the focus";
+    EXPECT_TRUE(Selected().empty());
+    QTest::keyClick(&View(), Qt::Key_Down);
+    EXPECT_EQ(Selected(), (std::vector<LONG>{0})) << "the only row there is";
+    QTest::keyClick(&View(), Qt::Key_Space, Qt::ControlModifier);
+    ASSERT_TRUE(Selected().empty());
+    Fill(1);
+    QTest::keyClick(&View(), Qt::Key_N);
+    EXPECT_EQ(Selected(), (std::vector<LONG>{0})) << "the first of two that begin like this";
+    QTest::keyClick(&View(), Qt::Key_Down);
+    EXPECT_EQ(Selected(), (std::vector<LONG>{1}));
+}
+
 TEST_F(List, GivesManySelectedRowsInAscendingOrder) {
     Fill(100'000);
     QItemSelection every_third;
