@@ -39,6 +39,8 @@ TextDialog::TextDialog(const char* name, const QString& title, const QString& la
     cancel->setObjectName("btn.cancel");
     row->addWidget(m_answer);
     row->addWidget(cancel);
+    setTabOrder(field, m_answer);
+    setTabOrder(m_answer, cancel);
     connect(m_answer, &QPushButton::clicked, this, &QDialog::accept);
     connect(cancel, &QPushButton::clicked, this, &QDialog::reject);
     resize(480, lines == Lines::several ? 240 : sizeHint().height());
