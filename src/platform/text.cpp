@@ -1,8 +1,10 @@
 #include "platform/text.h"
 
 #include <cstdlib>
+#include <string_view>
 
 #include <unicode/coll.h>
+#include <unicode/locid.h>
 #include <unicode/uchar.h>
 #include <unicode/unistr.h>
 
@@ -55,7 +57,11 @@ namespace {
 const icu::Collator* NumericCollator() {
     static const std::unique_ptr<icu::Collator> collator = [] {
         UErrorCode status = U_ZERO_ERROR;
-        std::unique_ptr<icu::Collator> made(icu::Collator::createInstance(status));
+        const icu::Locale& person = icu::Locale::getDefault();
+        // The locale of a machine without a language orders by code point: capital letters before all others.
+        const bool has_language = std::string_view(person.getVariant()) != "POSIX";
+        std::unique_ptr<icu::Collator> made(
+            icu::Collator::createInstance(has_language ? person : icu::Locale::getRoot(), status));
         if (U_FAILURE(status)) {
             return std::unique_ptr<icu::Collator>();
         }

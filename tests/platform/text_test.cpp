@@ -1,11 +1,13 @@
 #include "platform/text.h"
 
+#include <cstdlib>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unicode/uloc.h>
 
 #include "platform/errors.h"
 
@@ -199,6 +201,17 @@ TEST(StrCmpLogicalW, OrdersNamesAsPeopleDo) {
     }
     EXPECT_EQ(StrCmpLogicalW(L"Plan.PDF", L"plan.pdf"), 0);
     EXPECT_EQ(StrCmpLogicalW(nullptr, L""), 0);
+}
+
+/// The order is fixed at its first use, so a program of its own tries it.
+TEST(StrCmpLogicalWDeathTest, OrdersAlikeOnAMachineWithoutALanguage) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto try_it = [] {
+        UErrorCode error = U_ZERO_ERROR;
+        uloc_setDefault("en_US_POSIX", &error);
+        std::exit(U_SUCCESS(error) && StrCmpLogicalW(L"design", L"Shared Documents") < 0 ? 0 : 1);
+    };
+    EXPECT_EXIT(try_it(), testing::ExitedWithCode(0), "");
 }
 
 std::string SortKey(LCID locale, DWORD flags, const std::wstring& text) {
