@@ -16,9 +16,9 @@
 /// What stands between an action and its command's handler. Each may be empty.
 struct CommandGate {
     /// Does a command that was chosen. Without it the handler is called at once.
-    std::function<void(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> run;
+    std::function<void(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> run = {};
     /// May it be chosen now? When not, the handler isn't asked.
-    std::function<bool(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> may_run;
+    std::function<bool(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner)> may_run = {};
 };
 
 class CommandActions final : public QObject, private CommandObserver {

@@ -87,10 +87,24 @@ TEST_F(Actions, RunTheirCommandForTheirOwner) {
     used_in.Release();
     std::vector<DWORD> run;
     CommandActions others(*commands, *host, owner, nullptr,
-                          [&](DWORD command, ComPtr<KOV::IUIX_Obj>) { run.push_back(command); });
+                          {.run = [&](DWORD command, const ComPtr<KOV::IUIX_Obj>&) { run.push_back(command); }});
     others.ActionOf(id)->trigger();
     EXPECT_EQ(run, (std::vector<DWORD>{id}));
     EXPECT_TRUE(used_in.IsNull());
+}
+
+TEST_F(Actions, AreDisabledWhileTheirFrameSaysSo) {
+    bool may_run = false;
+    CommandActions others(*commands, *host, owner, nullptr, {.may_run = [&](DWORD, const ComPtr<KOV::IUIX_Obj>& object) {
+        EXPECT_EQ(object.Get(), owner.Get());
+        return may_run;
+    }});
+    QAction& action = *others.ActionOf(Add(L"x", handler, L"X"));
+    EXPECT_FALSE(action.isEnabled());
+    EXPECT_EQ(handler->questions, 0);
+    may_run = true;
+    others.AskStates();
+    EXPECT_TRUE(action.isEnabled());
 }
 
 TEST_F(Actions, StayWhenTheirCommandGoesAndShowTheNextOfItsName) {
