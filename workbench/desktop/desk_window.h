@@ -12,6 +12,7 @@
 #include <QTimer>
 
 #include "workbench/desktop/commands/command_actions.h"
+#include "workbench/desktop/commands/command_tool_bar.h"
 #include "workbench/desktop/commands/frame_menu_bar.h"
 #include "workbench/desktop/frame_objects.h"
 #include "workbench/desktop/host_commands.h"
@@ -22,8 +23,8 @@
 
 class RibbonBar;
 
-/// The main window: menu bar or ribbon, tabs with documents, the status line. Everything that a person does begins here, and what
-/// it takes stands in `Workplace`.
+/// The main window: menu and tool bar or ribbon, tabs with documents, the status line. Everything that a person does begins here,
+/// and what it takes stands in `Workplace`.
 class DeskWindow final : public QMainWindow {
     Q_OBJECT
 
@@ -35,7 +36,7 @@ public:
     /// Its handle on the host's side.
     HWND Handle() const noexcept { return m_core->Handle(); }
     Workplace& Place() noexcept { return m_workplace; }
-    /// Builds menu bar or ribbon and lets the module add its own. Before the window is shown, and again at each switch.
+    /// Builds menu and tool bar or ribbon and lets the module add its own. Before the window is shown, and again at each switch.
     void BuildLayout();
 
 protected:
@@ -59,6 +60,7 @@ private:
 
     // The layout (desk_window_layout.cpp).
     void BuildMenus();
+    void BuildToolBar();
     void BuildRibbon();
     void FillFileMenu(QMenu& menu);
     void FillViewMenu(QMenu& menu);
@@ -85,7 +87,9 @@ private:
     Workplace m_workplace;
     std::unique_ptr<HostCommands> m_commands;
     CommandActions m_actions;
+    /// Not beside a ribbon.
     std::unique_ptr<FrameMenuBar> m_menus;
+    std::unique_ptr<CommandToolBar> m_tool_bar;
     QStackedWidget* m_pages;
     QTabWidget* m_tabs;
     QLabel* m_place;

@@ -4,7 +4,6 @@
 #include <QPushButton>
 
 #include "workbench/core/location.h"
-#include "workbench/desktop/commands/command_tool_bar.h"
 #include "workbench/desktop/commands/ribbon_bar.h"
 #include "workbench/desktop/desk_settings.h"
 #include "workbench/desktop/desk_window.h"
@@ -14,10 +13,12 @@ QAction* DeskWindow::ActionOf(const wchar_t* name) { return m_actions.ActionOf(m
 
 void DeskWindow::BuildLayout() {
     m_menus.reset();
+    m_tool_bar.reset();
     if (m_services.settings.HasRibbon()) {
         BuildRibbon();
     } else {
         BuildMenus();
+        BuildToolBar();
     }
     m_actions.AskStates();
 }
@@ -37,6 +38,18 @@ void DeskWindow::BuildMenus() {
     AddCommands(m_menus->AddMenu(host.IdOfName(L"cmd.help"), tr("&Help")), {L"cmd.logFolder", nullptr, L"cmd.about"});
     const auto view = MakeObject<FrameView>(host.IdOfName(L"mainView"), m_frame.Get(), nullptr);
     RaiseLayoutBuilt(host, *view);
+}
+
+void DeskWindow::BuildToolBar() {
+    m_tool_bar = std::make_unique<CommandToolBar>(CommandToolBar::Look::in_frame, this);
+    m_tool_bar->setObjectName("toolbar");
+    m_tool_bar->setAccessibleName(tr("Tool bar"));
+    constexpr const wchar_t* names[] = {L"cmd.open",    L"cmd.save",   nullptr, L"cmd.undo",   L"cmd.redo",    nullptr,
+                                        L"cmd.zoomOut", L"cmd.zoomIn", nullptr, L"cmd.pageUp", L"cmd.pageDown"};
+    for (const wchar_t* const name : names) {
+        name == nullptr ? m_tool_bar->InsertSeparator(-1) : m_tool_bar->InsertCommand(ActionOf(name), -1);
+    }
+    addToolBar(m_tool_bar.get());
 }
 
 void DeskWindow::BuildRibbon() {

@@ -1,21 +1,34 @@
 #include "workbench/desktop/commands/command_tool_bar.h"
 
+#include <algorithm>
+#include <iterator>
 #include <map>
+#include <utility>
 
 #include <QActionEvent>
 #include <QToolButton>
 
 namespace {
 
-constexpr int small_icon = 16;
-constexpr int big_icon = 32;
+struct Dress {
+    CommandToolBar::Look look;
+    int icon_side;
+    Qt::ToolButtonStyle style;
+};
+
+constexpr Dress dresses[] = {
+    {CommandToolBar::Look::in_window, 16, Qt::ToolButtonTextBesideIcon},
+    {CommandToolBar::Look::in_frame, 20, Qt::ToolButtonIconOnly},
+    {CommandToolBar::Look::in_ribbon, 32, Qt::ToolButtonTextUnderIcon},
+};
 
 } // namespace
 
 CommandToolBar::CommandToolBar(Look look, QWidget* parent) : QToolBar(parent), m_look(look) {
-    const int side = look == Look::in_ribbon ? big_icon : small_icon;
-    setIconSize(QSize(side, side));
-    setToolButtonStyle(look == Look::in_ribbon ? Qt::ToolButtonTextUnderIcon : Qt::ToolButtonTextBesideIcon);
+    const Dress& dress =
+        *std::find_if(std::begin(dresses), std::end(dresses), [&](const Dress& row) { return row.look == look; });
+    setIconSize(QSize(dress.icon_side, dress.icon_side));
+    setToolButtonStyle(dress.style);
     setMovable(false);
     setFloatable(false);
     setContextMenuPolicy(Qt::PreventContextMenu);

@@ -9,6 +9,8 @@ public:
     enum class Look {
         /// Small icons with their texts beside; the texts' mnemonics work.
         in_window,
+        /// Icons alone; the texts are their names.
+        in_frame,
         /// Big icons over their texts.
         in_ribbon,
     };

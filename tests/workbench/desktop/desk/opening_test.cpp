@@ -1,3 +1,8 @@
+#include <QAccessible>
+#include <QTabBar>
+#include <QToolBar>
+#include <QToolButton>
+
 #include "workbench/desktop/desk/desk_fixture.h"
 
 using testing::HasSubstr;
@@ -23,6 +28,16 @@ TEST_F(Desk, ADocumentThatIsOpenIsShownAndNotOpenedTwice) {
     Place().Open(QString::fromStdString(server.Url("shared documents/PLAN.pdf")));
     EXPECT_TRUE(QTest::qWaitFor([&] { return !tab->IsBusy(); }, patience_ms));
     EXPECT_EQ(Place().Tabs().size(), 1u);
+}
+
+TEST_F(Desk, ALongNameLeavesRoomForTheOtherTabs) {
+    const std::string name = "Shared Documents/" + std::string(200, 'W') + ".pdf";
+    server.Put(name, BytesOf(folder / "plan.pdf"));
+    Start();
+    ASSERT_NE(Open(name.c_str()), nullptr);
+    auto* const bar = program->Window().findChild<QTabBar*>();
+    EXPECT_LT(bar->tabRect(0).width(), program->Window().width() / 2);
+    EXPECT_TRUE(bar->tabToolTip(0).contains(QString(200, 'W')));
 }
 
 TEST_F(Desk, WhatCantBeOpenedIsToldInWords) {
@@ -81,7 +96,13 @@ TEST_F(Desk, TheWindowHasItsCommandsInAMenuOrARibbon) {
         ASSERT_TRUE(QTest::qWaitFor([&] { return (program->Window().findChild<QWidget*>("ribbon") != nullptr) == has_ribbon; },
                                     patience_ms));
         Choose(has_ribbon ? "sp.cmd.enableEditing" : "cmd.zoomIn", *tab);
+        EXPECT_EQ(program->Window().findChild<QToolBar*>("toolbar") != nullptr, !has_ribbon);
     }
+    const double zoom = tab->Pages().Zoom();
+    auto& zoom_out = Child<QToolButton>(Child<QToolBar>(program->Window(), "toolbar"), "cmd.zoomOut");
+    EXPECT_EQ(QAccessible::queryAccessibleInterface(&zoom_out)->text(QAccessible::Name), "Zoom Out");
+    zoom_out.click();
+    EXPECT_LT(tab->Pages().Zoom(), zoom);
     EXPECT_NE(program->Window().findChild<QMenuBar*>(), nullptr);
     const QList<QAction*> bar = program->Window().findChild<QMenuBar*>()->actions();
     EXPECT_TRUE(std::any_of(bar.begin(), bar.end(), [](const QAction* action) { return action->text() == "Share&Point"; }));
