@@ -1,9 +1,23 @@
 #include "workbench/desktop/windows/focus_keeper.h"
 
+#include <QLineEdit>
+
+namespace {
+
+/// A text that stands there already is replaced by what is typed next, as after the Tab key.
+void Focus(QWidget& control) {
+    control.setFocus(Qt::OtherFocusReason);
+    if (auto* const line = qobject_cast<QLineEdit*>(&control)) {
+        line->selectAll();
+    }
+}
+
+} // namespace
+
 void FocusKeeper::Want(QWidget& control) {
     if (control.isEnabled()) {
         m_wanted = nullptr;
-        control.setFocus(Qt::OtherFocusReason);
+        Focus(control);
         return;
     }
     m_wanted = &control;
@@ -22,7 +36,7 @@ void FocusKeeper::Enable(QWidget& control, bool enable) {
     } else if (enable && m_wanted == &control) {
         m_wanted = nullptr;
         if (focus == m_stray || focus == nullptr) {
-            control.setFocus(Qt::OtherFocusReason);
+            Focus(control);
         }
     }
 }

@@ -270,6 +270,7 @@ TEST_F(ControlsTest, FailWhereTheyCannotAnswer) {
 
 TEST_F(ControlsTest, GiveTheFocusBackToAControlThatWasDisabled) {
     QWidget* const window = WidgetOfModule(*m_module);
+    ASSERT_EQ(m_module->Dialog().SetItemText(L"ed", L"plan.pdf"), S_OK);
     Find(*m_module, "ed")->setFocus();
     ASSERT_EQ(m_module->Dialog().EnableItem(L"ed", VARIANT_FALSE), S_OK);
     ASSERT_EQ(m_module->Dialog().EnableItem(L"field", VARIANT_FALSE), S_OK) << "where the focus strayed to";
@@ -277,6 +278,7 @@ TEST_F(ControlsTest, GiveTheFocusBackToAControlThatWasDisabled) {
     ASSERT_EQ(m_module->Dialog().EnableItem(L"field", VARIANT_TRUE), S_OK);
     ASSERT_EQ(m_module->Dialog().EnableItem(L"ed", VARIANT_TRUE), S_OK);
     EXPECT_EQ(window->focusWidget(), Find(*m_module, "ed"));
+    EXPECT_EQ(Line("ed")->selectedText(), "plan.pdf") << "what is typed next takes the place of the text";
 
     ASSERT_EQ(m_module->Dialog().EnableItem(L"ed", VARIANT_FALSE), S_OK);
     Find(*m_module, "btn")->setFocus();
