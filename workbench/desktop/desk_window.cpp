@@ -2,6 +2,7 @@
 
 #include <QCloseEvent>
 #include <QPushButton>
+#include <QScreen>
 #include <QStatusBar>
 #include <QVBoxLayout>
 
@@ -101,7 +102,7 @@ DeskWindow::DeskWindow(const DeskServices& services)
     connect(&m_workplace, &Workplace::Opened, this, &DeskWindow::AddTab);
     connect(&m_workplace, &Workplace::Activated, this, [this](DocumentTab* tab) { m_tabs->setCurrentWidget(tab); });
     connect(&m_workplace, &Workplace::Closing, this, &DeskWindow::TakeOutTab);
-    resize(1000, 800);
+    resize(QSize(1000, 800).boundedTo(screen()->availableSize() * 0.9));
     services.places.Restore(objectName(), *this);
     ShowStatus();
 }

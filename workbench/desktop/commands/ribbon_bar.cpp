@@ -20,7 +20,7 @@ QLabel* MakeCaption(const QString& title, QWidget* parent) {
     auto* const caption = new QLabel(parent);
     caption->setTextFormat(Qt::PlainText);
     caption->setText(title);
-    caption->setAlignment(Qt::AlignCenter);
+    caption->setAlignment(Qt::AlignHCenter | Qt::AlignBottom); // in one line with the others, beside a lower panel, too
     caption->setForegroundRole(QPalette::PlaceholderText);
     return caption;
 }
