@@ -4,11 +4,13 @@
 
 namespace {
 
-std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, std::vector<BoxItem> buttons) {
+std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, std::vector<BoxItem> buttons,
+                std::size_t default_button = 0) {
     Box box;
     box.icon = icon;
     box.text = text;
     box.buttons = std::move(buttons);
+    box.default_button = default_button;
     return questions.Ask(box).button.value_or(box.buttons.size() - 1);
 }
 
@@ -20,8 +22,8 @@ std::wstring WithoutCode(const std::wstring& why) {
 
 } // namespace
 
-std::size_t Choose(Questions& questions, const std::wstring& text, std::vector<BoxItem> buttons) {
-    return Ask(questions, BoxIcon::question, text, std::move(buttons));
+std::size_t Choose(Questions& questions, const std::wstring& text, std::vector<BoxItem> buttons, std::size_t default_button) {
+    return Ask(questions, BoxIcon::question, text, std::move(buttons), default_button);
 }
 
 void TellFailure(Questions& questions, const std::wstring& what, const std::wstring& why) {

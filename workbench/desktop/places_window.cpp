@@ -108,9 +108,12 @@ void PlacesWindow::SignOut() {
         m_services.NewMonitor(L"Signing out of <b>" + url + L"</b>\u2026"));
     // Whatever the servers say to it, nothing here signs in by itself any more.
     const Outcome forgotten = OutcomeOf([&] { m_services.host.SavedAccounts().ForgetSignIn(url); });
-    const Outcome& failed = forgotten.HasSucceeded() ? outcome : forgotten;
-    if (!failed.HasSucceeded() && !failed.IsCanceled()) {
-        TellFailure(m_services.questions, L"Signing out of <b>" + url + L"</b> didn't come to its end.", failed.message);
+    if (!forgotten.HasSucceeded()) {
+        TellFailure(m_services.questions, L"Signing out of <b>" + url + L"</b> didn't come to its end.", forgotten.message);
+    } else if (!outcome.HasSucceeded() && !outcome.IsCanceled()) {
+        TellFailure(m_services.questions,
+                    L"You are signed out of <b>" + url + L"</b> on this computer, but its servers weren't told.",
+                    outcome.message);
     }
     // Whoever comes back signs in anew.
     m_services.binds.Forget(url);

@@ -259,7 +259,7 @@ void RecoveryWindow::Discard() {
     const LeftDocument* const left = Chosen();
     if (left == nullptr || Choose(m_services.questions,
                                   L"Discard the changes of <b>" + ToWide(left->copy.source.title) + L"</b>? They are gone then.",
-                                  {{L"btn.discard", L"&Discard"}, {L"btn.cancel", L"&Cancel"}}) != 0) {
+                                  {{L"btn.discard", L"&Discard"}, {L"btn.cancel", L"&Cancel"}}, 1) != 0) {
         return;
     }
     const Outcome outcome =

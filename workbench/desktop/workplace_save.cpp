@@ -32,7 +32,7 @@ std::size_t AskToOverwrite(Questions& questions, const DocumentTab& tab, const s
     buttons.insert(buttons.end(), other_ways.begin(), other_ways.end());
     buttons.push_back({L"btn.cancel", L"&Cancel"});
     return Choose(questions, L"Somebody else has changed <b>" + ToWide(tab.Title()) + L"</b> since your changes began from it.",
-                  std::move(buttons));
+                  std::move(buttons), 1);
 }
 
 } // namespace
@@ -146,7 +146,8 @@ bool Workplace::FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveRes
     if (outcome.result == file_not_found && !result.is_sent) {
         tab.is_gone = true;
         if (Choose(m_services.questions,
-                   L"<b>" + ToWide(tab.Title()) + L"</b> isn't on the server any more, so it can't be saved there.",
+                   L"<b>" + ToWide(tab.Title()) +
+                       L"</b> can't be saved: it isn't on the server any more, or the server can't be reached.",
                    {{L"btn.save_as", L"Save &As\u2026"}, {L"btn.cancel", L"&Cancel"}}) == 0) {
             SaveAs(tab, [](bool) {});
         }

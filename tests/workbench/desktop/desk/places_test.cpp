@@ -92,7 +92,7 @@ TEST_F(InPlaces, WhoSignedOutOfAPlaceIsAskedForTheAccountAgain) {
     AddPlace();
     person.Next([this](QDialog& places) {
         // There is no hosted sign-in service to tell it to.
-        Answer("didn't come to its end", "btn.close");
+        Answer("You are signed out", "btn.close");
         Child<QAbstractButton>(places, "btn.sign_out").click();
         Child<QAbstractButton>(places, "btn.close").click();
     });
