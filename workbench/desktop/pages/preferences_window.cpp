@@ -174,10 +174,10 @@ void PreferencesWindow::MakeRoomFor(const QSize& page) {
 
 void PreferencesWindow::showEvent(QShowEvent* event) {
     m_modality.emplace(m_core->Handle());
-    QDialog::showEvent(event);
     layout()->activate();
     MakeRoomFor(InLetters(usual_page));
     layout()->activate();
+    QDialog::showEvent(event); // puts the window in the middle of the one below, by its size
     ShowPage(m_list->currentRow());
     m_list->setFocus();
 }
