@@ -14,13 +14,12 @@ std::size_t Ask(Questions& questions, BoxIcon icon, const std::wstring& text, st
     return questions.Ask(box).button.value_or(box.buttons.size() - 1);
 }
 
-/// Words without the code that stands in front of a system's own text.
+} // namespace
+
 std::wstring WithoutCode(const std::wstring& why) {
     static const std::wregex code(L"^(HRESULT 0x[0-9A-Fa-f]{8}|System error code [0-9]+): ");
     return std::regex_replace(why, code, L"");
 }
-
-} // namespace
 
 std::size_t Choose(Questions& questions, const std::wstring& text, std::vector<BoxItem> buttons, std::size_t default_button) {
     return Ask(questions, BoxIcon::question, text, std::move(buttons), default_button);

@@ -12,5 +12,8 @@
 /// Gives the index of the button. Any thread.
 std::size_t Choose(Questions& questions, const std::wstring& text, std::vector<BoxItem> buttons, std::size_t default_button = 0);
 
+/// Words without the code that stands in front of a system's own text.
+std::wstring WithoutCode(const std::wstring& why);
+
 /// Says that something could not be done.
 void TellFailure(Questions& questions, const std::wstring& what, const std::wstring& why);

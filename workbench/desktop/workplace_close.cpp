@@ -56,7 +56,7 @@ void Workplace::CloseFile(DocumentTab& tab, Then then) {
         [this, file](KOV::IKOV_Flag* cancel) { CloseDocument(Access(cancel), file, KOV::AFS_CloseFile_AllowUI); },
         [this, &tab, then = std::move(then)](const Outcome& outcome) {
             tab.EndWork();
-            const std::wstring why = outcome.IsCanceled() ? std::wstring() : L"\n" + outcome.message;
+            const std::wstring why = outcome.IsCanceled() ? std::wstring() : L"\n" + WithoutCode(outcome.message);
             const bool stays =
                 !outcome.HasSucceeded() &&
                 Choose(m_services.questions, L"<b>" + ToWide(tab.Title()) + L"</b> couldn't be closed on the server." + why,

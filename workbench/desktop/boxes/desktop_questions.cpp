@@ -40,7 +40,15 @@ std::optional<AccountAnswer> DesktopAccountPrompt::Ask(const AccountDemand& dema
     std::optional<AccountAnswer> answer;
     (void)m_loop.Call(
         [&] {
-            answer = AnswerOf(new AccountDialog(demand, FrontWindow(m_main_window)), answer);
+            std::wstring& user = m_users[demand.host];
+            AccountDemand shown = demand;
+            if (shown.user.empty()) {
+                shown.user = user;
+            }
+            answer = AnswerOf(new AccountDialog(shown, FrontWindow(m_main_window)), answer);
+            if (answer) {
+                user = answer->user;
+            }
             return S_OK;
         },
         -1);

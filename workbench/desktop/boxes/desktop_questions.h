@@ -2,6 +2,9 @@
 
 /// Who answers the host's questions on a desktop: a person before windows.
 
+#include <map>
+#include <string>
+
 #include "workbench/core/main_loop.h"
 #include "workbench/core/questions.h"
 #include "workbench/desktop/boxes/front_window.h"
@@ -20,7 +23,8 @@ private:
     const MainWindow m_main_window;
 };
 
-/// Asks for an account in a window.
+/// Asks for an account in a window, with the name that was given last for the host: after a wrong password only that is typed
+/// anew.
 class DesktopAccountPrompt final : public AccountPrompt {
 public:
     /// `loop` outlives the object.
@@ -31,4 +35,5 @@ public:
 private:
     MainLoop& m_loop;
     const MainWindow m_main_window;
+    std::map<std::wstring, std::wstring> m_users; // by host; on the main thread
 };

@@ -13,8 +13,8 @@
 #include "workbench/core/main_loop.h"
 #include "workbench/desktop/boxes/desktop_questions.h"
 #include "workbench/desktop/boxes/message_text.h"
-#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/boxes/two_line_button.h"
+#include "workbench/desktop/modal_person.h"
 #include "workbench/desktop/objects/message_pump.h"
 
 namespace {
@@ -224,6 +224,12 @@ TEST_F(Boxes, AnAccountIsAskedForWithTheServersOwnWords) {
     ASSERT_TRUE(answer);
     EXPECT_EQ(answer->user, L"ann");
     EXPECT_EQ(answer->password, L"se cret");
+    person.Next([](QDialog& dialog) { // it was refused, and only the password is typed anew
+        EXPECT_EQ(Child<QLineEdit>(dialog, "ed.user").text(), "ann");
+        EXPECT_TRUE(Child<QLineEdit>(dialog, "ed.password").hasFocus());
+        dialog.reject();
+    });
+    EXPECT_FALSE(prompt.Ask({demand.host, demand.status_text, L"", L""}));
     person.Next([](QDialog& dialog) { QTest::keyClick(&dialog, Qt::Key_Escape); });
     EXPECT_FALSE(prompt.Ask(demand));
     person.Next([](QDialog& dialog) {
