@@ -53,6 +53,20 @@ QString ShownPlace(const DocumentTab& tab) {
     return IsAbsoluteUrl(place.toStdString()) ? QString::fromStdString(EncodeLocation(ToWide(place))) : place;
 }
 
+QString ShownState(DocumentTab& tab) {
+    if (tab.IsBusy()) {
+        return tab.Work();
+    }
+    if (tab.IsModified()) {
+        return tab.IsOutdated() ? DeskWindow::tr("Modified, out of date") : DeskWindow::tr("Modified");
+    }
+    if (tab.IsOutdated()) {
+        return DeskWindow::tr("Out of date");
+    }
+    const bool is_restricted = !tab.Core().IsEditingAllowed() || !tab.Pdf().CanBeEdited();
+    return is_restricted ? DeskWindow::tr("Can't be edited") : DeskWindow::tr("Saved");
+}
+
 } // namespace
 
 DeskWindow::DeskWindow(const DeskServices& services)
@@ -185,11 +199,7 @@ void DeskWindow::ShowStatus() {
     }
     setWindowTitle(tab->Title() + (tab->IsModified() ? " *" : "") + " – kov-desk");
     m_place->setText(ShownPlace(*tab));
-    const bool is_restricted = !tab->Core().IsEditingAllowed() || !tab->Pdf().CanBeEdited();
-    m_state->setText(tab->IsBusy()       ? tab->Work()
-                     : tab->IsModified() ? tr("Modified")
-                     : is_restricted     ? tr("Can't be edited")
-                                         : tr("Saved"));
+    m_state->setText(ShownState(*tab));
     const int page = tab->Pages().CurrentPage();
     m_page->setText(page < 0 ? QString() : tr("Page %1 of %2").arg(page + 1).arg(tab->Pages().PageCount()));
     m_zoom->setText(page < 0 ? QString() : QString("%1 %").arg(qRound(tab->Pages().Zoom() * 100)));

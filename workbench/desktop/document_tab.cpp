@@ -57,6 +57,11 @@ void DocumentTab::EndWork() {
     emit StateChanged();
 }
 
+void DocumentTab::SetOutdated(bool is_outdated) {
+    m_is_outdated = is_outdated;
+    emit StateChanged();
+}
+
 bool DocumentTab::MayEdit(DWORD permissions) const {
     return !IsBusy() && m_pdf->CanBeEdited() && (m_core->RestrictedPermissions() & permissions) == 0;
 }

@@ -55,14 +55,16 @@ public:
     bool IsBusy() const noexcept { return m_works > 0; }
     const QString& Work() const noexcept { return m_work; }
 
+    /// The server has another version than the one that is shown or was changed: it isn't overwritten unasked.
+    bool IsOutdated() const noexcept { return m_is_outdated; }
+    void SetOutdated(bool is_outdated);
+
     bool MayChangePages() const { return MayEdit(0x408); }
     bool MayAnnotate() const { return MayEdit(0x20); }
     bool MayUndo() const { return MayEdit(permissions_to_edit); }
 
     /// Copies that never reached the server and were there before this document was opened aren't this document's.
     std::int64_t newest_unsaved_before = 0;
-    /// The server has another version than the one that the changes began from: it isn't overwritten unasked.
-    bool is_outdated = false;
     /// The server has the file no more: there is nothing to close.
     bool is_gone = false;
 
@@ -83,6 +85,7 @@ private:
     std::shared_ptr<std::atomic<bool>> m_is_modified;
     ComPtr<Document> m_core;
     ComPtr<TabObject> m_object;
+    bool m_is_outdated = false;
     int m_works = 0;
     QString m_work;
 };

@@ -84,7 +84,7 @@ void Workplace::RunCommand(DWORD id, const ComPtr<KOV::IUIX_Obj>& owner) {
         [tab, file = file.Get(), checked_in](const Outcome&) {
             tab->EndWork();
             // Changes that are still there weren't sent: the server's state isn't the one that they began from.
-            if (*checked_in && tab->File().Get() == file && !tab->IsModified() && !tab->is_outdated) {
+            if (*checked_in && tab->File().Get() == file && !tab->IsModified() && !tab->IsOutdated()) {
                 CopySource source = tab->Pdf().Source();
                 source.stamp = *checked_in;
                 tab->Pdf().SetSource(std::move(source));

@@ -211,5 +211,5 @@ void Workplace::AddLeft(LeftOpening& opening, const std::shared_ptr<Bind>& bind)
     const bool is_outdated = !opening.file.IsNull() && IsOtherState(opening.stamp, began_from);
     opening.copy->Keep(false);
     DocumentTab* const tab = Add(std::make_unique<PdfDocument>(std::move(opening.copy)), std::move(opening.file), bind);
-    tab->is_outdated = is_outdated;
+    tab->SetOutdated(is_outdated);
 }

@@ -23,7 +23,7 @@ std::wstring NotSaved(const QString& title) { return L"<b>" + ToWide(title) + L"
 bool HasNewerVersion(DocumentTab& tab) {
     const CopySource& source = tab.Pdf().Source();
     return source.url.isEmpty() ? source.stamp && StampOfLocalFile(source.path) != source.stamp && QFileInfo::exists(source.path)
-                                : tab.is_outdated;
+                                : tab.IsOutdated();
 }
 
 /// Gives 0 for overwriting the newer version, the numbers behind that for `other_ways`, and the last one for a cancel.
@@ -91,7 +91,7 @@ void Workplace::Attach(DocumentTab& tab, Then then) {
                 then(false);
                 return;
             }
-            tab.is_outdated = IsOtherState(*stamp, tab.Pdf().Source().stamp);
+            tab.SetOutdated(IsOtherState(*stamp, tab.Pdf().Source().stamp));
             tab.SetConnection(bind);
             m_life.SourceChanged(tab.Core(), *file);
             then(true);
@@ -137,7 +137,7 @@ void Workplace::SendToSource(DocumentTab& tab, Then then) {
 bool Workplace::FinishSave(DocumentTab& tab, const SavePlan& plan, const SaveResult& result, const Outcome& outcome) {
     if (result.is_sent) {
         tab.is_gone = false;
-        tab.is_outdated = false;
+        tab.SetOutdated(false);
         tab.Pdf().MarkSaved(plan.version, result.source);
     }
     if (outcome.HasSucceeded() || outcome.IsCanceled()) {
@@ -214,7 +214,7 @@ HRESULT Workplace::Reload(DocumentTab& tab) {
     const ComPtr<ProgressMonitor> monitor = m_services.NewMonitor(L"Reloading <b>" + ToWide(tab.Title()) + L"</b>\u2026");
     Worker beside(m_services.loop);
     tab.BeginWork(tr("Reloading\u2026"));
-    tab.is_outdated = true;
+    tab.SetOutdated(true);
     const Outcome outcome = OutcomeOf([&] {
         CopySource source = tab.Pdf().Source();
         const auto fetch = [&](int target) {
@@ -233,7 +233,7 @@ HRESULT Workplace::Reload(DocumentTab& tab) {
         };
         tab.Pdf().Replace(fetch, source);
         tab.Pdf().SetSource(source);
-        tab.is_outdated = false;
+        tab.SetOutdated(false);
     });
     tab.EndWork();
     if (!outcome.HasSucceeded()) {
@@ -348,7 +348,7 @@ void Workplace::MoveTo(DocumentTab& tab, const ComPtr<KOV::IAFS_File>& file, con
     const ComPtr<KOV::IAFS_File> old = tab.File();
     const std::shared_ptr<Bind> old_bind = tab.Connection();
     tab.SetConnection(bind);
-    tab.is_outdated = false;
+    tab.SetOutdated(false);
     m_life.SourceChanged(tab.Core(), file);
     if (std::exchange(tab.is_gone, false)) {
         LetGo(old, old_bind, old_url, tab.newest_unsaved_before);

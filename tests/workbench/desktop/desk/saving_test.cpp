@@ -1,3 +1,5 @@
+#include <QLabel>
+
 #include "workbench/desktop/desk/desk_fixture.h"
 
 namespace {
@@ -162,6 +164,7 @@ TEST_F(SaveDocument, ADocumentThatCouldntBeReadAnewDoesntOverwriteTheNewerVersio
         impatience.stop();
         server.ClearFaults();
         EXPECT_EQ(tab->Pages().PageCount(), 3);
+        EXPECT_EQ(program->Window().findChild<QLabel*>("status.state")->text(), "Out of date");
         AwaitBar(*tab, L"checked out to you");
         Choose("cmd.rotatePage", *tab);
         Answer("Somebody else has changed plan.pdf", "btn.cancel");
