@@ -15,7 +15,8 @@ struct OwnText {
     const wchar_t* key;
     const wchar_t* text;
 };
-constexpr OwnText own_texts[] = {{L"btn.ok", L"&OK"}, {L"btn.cancel", L"&Cancel"}, {L"btn.close", L"&Close"}};
+// Cancel is Escape and OK is Enter: as letters they would meet those of the windows that hold them.
+constexpr OwnText own_texts[] = {{L"btn.ok", L"OK"}, {L"btn.cancel", L"Cancel"}, {L"btn.close", L"&Close"}};
 
 [[noreturn]] void ThrowBroken(const std::string& why) {
     throw HostException(HRESULT_FROM_WIN32(ERROR_INVALID_DATA), "The string table can't be used: " + why);

@@ -119,7 +119,7 @@ TEST_F(BoxesTest, RefusesARecordThatCannotBeOne) {
 }
 
 TEST_F(BoxesTest, ATableIsTakenWholeOrNotAtAll) {
-    EXPECT_EQ(strings.Text(L"btn.cancel"), L"&Cancel");
+    EXPECT_EQ(strings.Text(L"btn.cancel"), L"Cancel");
     EXPECT_EQ(strings.Text(L"sp.blank"), L" ");
     EXPECT_EQ(strings.Resolve(L"$$$.sp.none"), L"$$$.sp.none");
     for (const std::string_view broken :
