@@ -81,7 +81,7 @@ private:
     HRESULT OnCancelClicked();
     HRESULT OnItemConfirmed(IAFS_Name* name);
 
-    // Which names were chosen (dialog_names.cpp).
+    // Which names were chosen (dialog_choice.cpp).
     HRESULT Open();
     HRESULT SettleItems(std::vector<ChosenEntry>& names, bool& is_navigating);
     HRESULT CollectNames(const std::vector<ChosenEntry>& names, IAFS_Name* folder, IAFS_NamesCollection* collection);
